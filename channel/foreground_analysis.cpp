@@ -1,0 +1,293 @@
+#include "channel/foreground_analysis.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "imgproc/log.h"
+#include "imgproc/status.h"
+
+namespace orva_fd {
+
+namespace {
+
+const char k_file[] = "foreground_analysis";
+enum log_line { k_line_bad_grade = 36, k_line_null_roi = 49 };
+
+const std::size_t k_history_limit = 50;
+const std::size_t k_candidate_limit = 10;
+const int k_default_stable_thresh = 35;
+
+const int k_min_box_width = 3;
+const int k_min_box_height = 5;
+const int k_min_area = 20;
+const int k_bright = 128;           // luma above this counts as bright
+const double k_margin_share = 0.2;  // surround on each side, as a share of the box
+const double k_brighter = 1.05;     // centre over surround
+const int k_cover_margin = 3;
+
+// Smallest distance between an edge of one box and an edge of the other along one axis.
+int edge_distance(int a_low, int a_high, int b_low, int b_high) {
+    return std::min(std::min(std::abs(a_low - b_low), std::abs(a_low - b_high)),
+                    std::min(std::abs(a_high - b_low), std::abs(a_high - b_high)));
+}
+
+bool close_together(const con_info& a, const con_info& b) {
+    const int dx = edge_distance(a.left, a.right, b.left, b.right);
+    const int dy = edge_distance(a.top, a.bottom, b.top, b.bottom);
+    const int mean_size = (box_width(a) + box_height(a) + box_width(b) + box_height(b)) >> 1;
+    return dx + dy < limit_range(mean_size, 40, 80);
+}
+
+void absorb(con_info& a, const con_info& b) {
+    a.left = std::min(a.left, b.left);
+    a.top = std::min(a.top, b.top);
+    a.right = std::max(a.right, b.right);
+    a.bottom = std::max(a.bottom, b.bottom);
+    a.area += b.area;
+}
+
+// Merges the first close pair, in list order, again and again until no two boxes are close.
+void merge_close(std::vector<con_info>& list) {
+    std::size_t i = 0;
+    while (i < list.size()) {
+        std::size_t j = i + 1;
+        while (j < list.size() && !close_together(list[i], list[j])) ++j;
+        if (j == list.size()) {
+            ++i;
+            continue;
+        }
+        absorb(list[i], list[j]);
+        list.erase(list.begin() + static_cast<std::ptrdiff_t>(j));
+        i = 0;  // the union may be close to boxes that were passed before
+    }
+}
+
+// Whether another box, at least as large, holds the centre of box i. Two equal boxes may cover each other; both then go
+// (deliberate).
+bool covered(const std::vector<con_info>& list, std::size_t i) {
+    const int cx = box_centre_x(list[i]);
+    const int cy = box_centre_y(list[i]);
+    for (std::size_t k = 0; k < list.size(); ++k) {
+        const con_info& other = list[k];
+        if (k == i || other.area < list[i].area) continue;
+        if (cx > other.left - k_cover_margin && cx < other.right + k_cover_margin && cy > other.top - k_cover_margin &&
+            cy < other.bottom + k_cover_margin)
+            return true;
+    }
+    return false;
+}
+
+struct box_counts {
+    int bright;      // pixels of luma above 128
+    int bright_sum;  // their luma
+    int fire;        // pixels set in the mask
+};
+
+box_counts count_box(const fd_yuv_frame* roi, const fd_yuv_frame* fg, const con_info& box) {
+    box_counts counts = {};
+    for (int y = box.top; y <= box.bottom; ++y) {
+        const unsigned char* luma = plane_row(roi, 0, y);
+        const unsigned char* mask = plane_row(fg, 0, y);
+        for (int x = box.left; x <= box.right; ++x) {
+            const bool bright = luma[x] > k_bright;
+            counts.bright += bright ? 1 : 0;
+            counts.bright_sum += bright ? luma[x] : 0;
+            counts.fire += mask[x] & 1;
+        }
+    }
+    return counts;
+}
+
+int sum_luma(const fd_yuv_frame* roi, int x, int y, int width, int height) {
+    int sum = 0;
+    for (int row = y; row < y + height; ++row) {
+        const unsigned char* luma = plane_row(roi, 0, row);
+        for (int column = x; column < x + width; ++column) sum += luma[column];
+    }
+    return sum;
+}
+
+float ratio(int a, int b) {
+    return static_cast<float>(a) / static_cast<float>(b);
+}
+
+// A stored box is the candidate's earlier self if centre, size and area are near and they overlap by half.
+bool matches(const con_info& candidate, const con_info& stored) {
+    const int cw = box_width(candidate);
+    const int ch = box_height(candidate);
+    const int hw = box_width(stored);
+    const int hh = box_height(stored);
+    const int centre_limit = std::min((cw + ch + 1) >> 1, 50);
+    const int size_limit = std::min(cw + ch, 160);
+    const int area_limit = std::max(2 * candidate.area, 100);
+    const int moved = std::abs(box_centre_x(candidate) - box_centre_x(stored)) +
+                      std::abs(box_centre_y(candidate) - box_centre_y(stored));
+    if (moved >= centre_limit) return false;
+    if (std::abs(cw - hw) + std::abs(ch - hh) >= size_limit) return false;
+    if (std::abs(candidate.area - stored.area) >= area_limit) return false;
+    // Deliberate: differences of edges, one less than the columns and rows that overlap.
+    const int ow = std::min(candidate.right, stored.right) - std::max(candidate.left, stored.left);
+    const int oh = std::min(candidate.bottom, stored.bottom) - std::max(candidate.top, stored.top);
+    return ow > 0 && oh > 0 && ow * oh > std::min(hw * hh, cw * ch) / 2;
+}
+
+// Sums over the matches of one candidate, the candidate included.
+struct match_sums {
+    int count;
+    int area;
+    int left;
+    int top;
+    int width;
+    int height;
+};
+
+match_sums sum_matches(const std::vector<con_info>& list) {
+    match_sums sums = {};
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        ++sums.count;
+        sums.area += list[i].area;
+        sums.left += list[i].left;
+        sums.top += list[i].top;
+        sums.width += box_width(list[i]);
+        sums.height += box_height(list[i]);
+    }
+    return sums;
+}
+
+int rounded_mean(int sum, int count) {
+    return (sum + ((count + 1) >> 1)) / count;
+}
+
+// Fire changes its outline: the mean deviation of the areas lies between a sixth of the mean and the mean.
+bool flickers(const std::vector<con_info>& list, const match_sums& sums) {
+    const int mean = rounded_mean(sums.area, sums.count);
+    int distance = 0;
+    for (std::size_t i = 0; i < list.size(); ++i) distance += std::abs(list[i].area - mean);
+    const int deviation = rounded_mean(distance, sums.count);
+    if (mean / 6 < deviation && deviation < mean) return true;
+    std::printf("%.2f  -----------------\n", static_cast<double>(ratio(deviation, mean)));
+    return false;
+}
+
+}  // namespace
+
+foreground_analysis::foreground_analysis() : m_stable_thresh(k_default_stable_thresh) {}
+
+int foreground_analysis::start() {
+    return FD_OK;
+}
+
+int foreground_analysis::stop() {
+    std::vector<std::vector<con_info>>().swap(m_history);
+    return FD_OK;
+}
+
+int foreground_analysis::set_sensitive(int grade) {
+    if (grade < 0 || grade > 100) {
+        log_error(k_file, "set_sensitive", k_line_bad_grade);
+        return FD_INVALID_ARGUMENT;
+    }
+    m_stable_thresh = (103 - grade) / 6 + 30;
+    return FD_OK;
+}
+
+int foreground_analysis::set_frame(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb,
+                                   std::vector<con_info>& components, fd_result& result) {
+    if (roi == nullptr) {
+        log_error(k_file, "set_frame", k_line_null_roi);
+        return FD_OK;  // deliberate: the frame passes as one without fire
+    }
+    std::vector<con_info> fire_rects;
+    bool found = false;
+    get_fire_rects(roi, fg, rgb, components, fire_rects, found);
+    if (m_history.size() == k_history_limit) {
+        get_stable_rects(fire_rects, result);
+        if (!found) return FD_OK;
+        m_history.erase(m_history.begin());
+    }
+    if (found) m_history.push_back(components);
+    return FD_OK;
+}
+
+int foreground_analysis::get_stable_rects(std::vector<con_info>& fire_rects, fd_result& result) {
+    result.count = 0;
+    std::vector<con_info> found;
+    for (std::size_t c = 0; c < fire_rects.size(); ++c) {
+        const con_info& candidate = fire_rects[c];
+        found.clear();
+        for (std::size_t h = 0; h < m_history.size(); ++h) {
+            const std::vector<con_info>& list = m_history[h];
+            std::size_t i = 0;
+            while (i < list.size() && !matches(candidate, list[i])) ++i;
+            if (i < list.size()) found.push_back(list[i]);
+        }
+        found.push_back(candidate);
+        const match_sums sums = sum_matches(found);
+        if (sums.count <= m_stable_thresh || !flickers(found, sums)) continue;
+        if (result.count >= FD_RESULT_MAX_RECTS) return FD_OK;
+        fd_rect& box = result.rects[result.count++];
+        box.x = static_cast<uint16_t>(rounded_mean(sums.left, sums.count));
+        box.y = static_cast<uint16_t>(rounded_mean(sums.top, sums.count));
+        box.width = static_cast<uint16_t>(rounded_mean(sums.width, sums.count));
+        box.height = static_cast<uint16_t>(rounded_mean(sums.height, sums.count));
+    }
+    return FD_OK;
+}
+
+int foreground_analysis::get_fire_rects(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb,
+                                        std::vector<con_info>& components, std::vector<con_info>& fire_rects,
+                                        bool& found) {
+    merge_close(components);
+    found = !components.empty();
+    for (std::size_t i = 0; i < components.size(); ++i) {
+        if (covered(components, i)) continue;
+        if (verify_fire(roi, fg, rgb, &components[i]) != FD_OK) continue;
+        if (fire_rects.size() == k_candidate_limit) return FD_OK;
+        fire_rects.push_back(components[i]);
+    }
+    return FD_OK;
+}
+
+int foreground_analysis::verify_fire(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame*, con_info* box) {
+    const int w = box_width(*box);
+    const int h = box_height(*box);
+    if (w < k_min_box_width || h < k_min_box_height || box->area < k_min_area) return k_not_fire;
+
+    const int pixels = w * h;
+    const box_counts counts = count_box(roi, fg, *box);
+    if (counts.bright < pixels >> 3 || counts.fire < k_min_area || counts.fire < pixels >> 4) {
+        std::printf("ratio1 = %.2f, fire_area = %d, ratio = %.2f ==========\n",
+                    static_cast<double>(ratio(counts.bright, pixels)), counts.fire,
+                    static_cast<double>(ratio(counts.fire, pixels)));
+        return k_not_fire;
+    }
+    const int centre = (counts.bright_sum + counts.bright / 2) / counts.bright;
+
+    const int mx = static_cast<int>(w * k_margin_share);
+    const int my = static_cast<int>(h * k_margin_share);
+    int x = box->left - mx;
+    int y = box->top - my;
+    int width = w + 2 * mx;
+    int height = h + 2 * my;
+    limit_rect(x, y, width, height, static_cast<int>(roi->width), static_cast<int>(roi->height));
+    // Deliberate: the bands below and right of the box are not clamped, and a surround that was moved in from the top
+    // or the left overlaps the box.
+    const int sum = sum_luma(roi, x, y, width, my) + sum_luma(roi, x, box->bottom + 1, width, my) +
+                    sum_luma(roi, x, box->top, mx, h) + sum_luma(roi, box->right + 1, box->top, mx, h);
+    const int around_pixels = 2 * (mx * h + width * my);
+    const int around = around_pixels != 0 ? (sum + around_pixels / 2) / around_pixels : 0;
+    if (static_cast<double>(centre) >= k_brighter * around) return FD_OK;
+    std::printf(" avg_center = %d, avg_arround = %d, ratio = %.2f\n", centre, around,
+                static_cast<double>(ratio(centre, around)));
+    return k_not_fire;
+}
+
+int foreground_analysis::limit_rect(int& x, int& y, int& w, int& h, int img_w, int img_h) {
+    if (x < 0) x = 0;
+    if (x + w > img_w) w = img_w - x;
+    if (y < 0) y = 0;
+    if (y + h > img_h) h = img_h - y;
+    return FD_OK;
+}
+
+}  // namespace orva_fd

@@ -1,0 +1,57 @@
+// Second half of a channel's work on a frame: from components to boxes that burn. Components that lie close are merged,
+// covered ones dropped, the rest verified by brightness; a candidate is reported when it recurs over the stored frames
+// and flickers.
+#ifndef ORVA_FD_CHANNEL_FOREGROUND_ANALYSIS_H
+#define ORVA_FD_CHANNEL_FOREGROUND_ANALYSIS_H
+
+#include <vector>
+
+#include "imgproc/common.h"
+
+namespace orva_fd {
+
+// One thread at a time per object. Coordinates are those of the region. Allocation failures throw.
+class foreground_analysis {
+public:
+    foreground_analysis();
+
+    int start();  // keeps the history; returns 0
+    int stop();   // empties the history, keeps the grade; returns 0
+
+    // Sets how many stored frames must hold a candidate: (103 - grade) / 6 + 30. Returns 0; 7 for a grade outside
+    // 0..100.
+    int set_sensitive(int grade);
+
+    // Runs one frame: candidates, stability, history.
+    // roi: luma of the region in plane 0, with the frame's stride; fg: mask, a pixel is set when its lowest bit is 1;
+    // rgb: not read. components: in, those of the mask; out, the merged list. result: zeroed by the caller; up to ten
+    // boxes with x, y, width and height set. Returns 0, also for a null roi, which prints an error and leaves
+    // everything as it is (deliberate).
+    int set_frame(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb, std::vector<con_info>& components,
+                  fd_result& result);
+
+    // Fills result with those of fire_rects that recur and flicker. Returns 0.
+    int get_stable_rects(std::vector<con_info>& fire_rects, fd_result& result);
+
+    // Merges components in place, sets found if any are left, appends up to ten verified boxes to fire_rects. Returns
+    // 0.
+    int get_fire_rects(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb, std::vector<con_info>& components,
+                       std::vector<con_info>& fire_rects, bool& found);
+
+    // Whether a box is bright, fire-coloured enough and brighter than its surround: 0, else 4. The surround reaches
+    // beyond the region below and to the right (deliberate: there is picture there).
+    int verify_fire(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb, con_info* box);
+
+    // Clamps a rectangle to an image. Moving x or y up to 0 does not shorten the rectangle (deliberate). Returns 0.
+    int limit_rect(int& x, int& y, int& w, int& h, int img_w, int img_h);
+
+private:
+    friend struct test_access;
+
+    std::vector<std::vector<con_info>> m_history;  // merged lists of the last frames that had any, oldest first
+    int m_stable_thresh;
+};
+
+}  // namespace orva_fd
+
+#endif

@@ -1,0 +1,10 @@
+# Reads the list `variable` of sources.mk into `result`.
+function(read_sources variable result)
+    file(READ ${PROJECT_SOURCE_DIR}/sources.mk text)
+    if(NOT text MATCHES "${variable} := ([^#]*)")
+        message(FATAL_ERROR "sources.mk has no list ${variable}")
+    endif()
+    string(REGEX REPLACE "\n[^ ].*" "" list "${CMAKE_MATCH_1}")
+    string(REGEX MATCHALL "[A-Za-z0-9_/]+\\.cpp" list "${list}")
+    set(${result} ${list} PARENT_SCOPE)
+endfunction()
