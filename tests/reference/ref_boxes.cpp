@@ -307,13 +307,13 @@ std::vector<component> analysis::matches_of(const component& candidate) const {
     return found;
 }
 
-bool analysis::flickers(const std::vector<component>& matches) {
+bool flickers(const std::vector<component>& matches, log_book& log) {
     const int mean = rounded_mean(matches, [](const component& m) { return int{m.area}; });
     const int deviation = rounded_mean(matches, [mean](const component& m) { return std::abs(m.area - mean); });
     if (mean / 6 < deviation && deviation < mean) return true;
-    m_log.hit(deviation < mean ? branch::stable_too_steady : branch::stable_too_wild);
-    m_log.plain("ratio of deviation and mean area",
-                formatted("%.2f  -----------------\n", static_cast<double>(ratio(deviation, mean))));
+    log.hit(deviation < mean ? branch::stable_too_steady : branch::stable_too_wild);
+    log.plain("ratio of deviation and mean area",
+              formatted("%.2f  -----------------\n", static_cast<double>(ratio(deviation, mean))));
     return false;
 }
 
@@ -327,7 +327,7 @@ int analysis::get_stable_rects(const std::vector<component>& fire_rects, fd_resu
             m_log.hit(branch::stable_too_few_frames);
             continue;
         }
-        if (!flickers(matched)) continue;
+        if (!flickers(matched, m_log)) continue;
         if (result.count > 9) {
             m_log.hit(branch::stable_result_full);
             return 0;

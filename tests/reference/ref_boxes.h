@@ -31,6 +31,9 @@ bool is_covered(const std::vector<component>& components, std::size_t index);
 // the right band; mask: the foreground, bit 0 of each byte.
 int verify_fire(const plane& luma, const plane& mask, const component& box, log_book& log);
 
+// Whether the matched areas fluctuate by more than a sixth of their mean and less than all of it; logged if not.
+bool flickers(const std::vector<component>& matches, log_book& log);
+
 // The frames' component lists, and the rule that reports what recurs and flickers.
 class analysis {
 public:
@@ -58,8 +61,6 @@ public:
 
 private:
     std::vector<component> matches_of(const component& candidate) const;
-    bool flickers(const std::vector<component>& matches);
-
     log_book& m_log;
     std::vector<std::vector<component>> m_history;
     int m_stable_thresh = 35;
