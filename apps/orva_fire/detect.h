@@ -1,0 +1,12 @@
+// The whole way from a video file to annotated video, events and snapshots.
+#pragma once
+
+#include "apps/orva_fire/options.h"
+
+namespace orva_fire {
+
+// Runs to the end of the input and prints warnings and a summary on standard error. Returns the exit code.
+// Throws usage_error and io_error; what was found up to there is written.
+int run_detect(const detect_options& options);
+
+}  // namespace orva_fire

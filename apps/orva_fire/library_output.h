@@ -1,0 +1,37 @@
+// Keeps the detector's log lines away from the program's standard output. The library prints them to descriptor 1, so
+// that descriptor is moved before the library is initialised; what was there stays reachable as own_output().
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace orva_fire {
+
+// A log file never grows beyond this by more than one frame's lines.
+const int64_t k_library_log_limit = 16 * 1024 * 1024;
+
+class library_output {
+public:
+    // log_path: file for the lines, created or emptied; empty to discard them. Throws io_error.
+    explicit library_output(const std::string& log_path, int64_t limit = k_library_log_limit);
+
+    // Puts descriptor 1 back.
+    ~library_output();
+    library_output(const library_output&) = delete;
+    library_output& operator=(const library_output&) = delete;
+
+    // The descriptor that was standard output; -1 if the program was started without one.
+    int own_output() const { return m_own; }
+
+    // To be called after each frame: ends the log file once it has reached its limit.
+    void check_limit();
+
+private:
+    void discard();
+
+    const int64_t m_limit;
+    int m_own = -1;
+    bool m_logging = false;
+};
+
+}  // namespace orva_fire

@@ -1,0 +1,32 @@
+// The command line of orva-fire.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/orva_fire/geometry.h"
+
+namespace orva_fire {
+
+struct detect_options {
+    std::string video;
+    std::string folder = "orva-fire-out";
+    std::string events;           // file for the events, "-" for standard output; empty: events.jsonl in the folder
+    std::vector<region> regions;  // empty: the whole picture
+    std::optional<int> grade;     // 0 to 100; none: the library's own
+    double rate = 0;              // pictures a second for the detector at most; 0: all
+    std::string library_log;      // empty: the library's lines are discarded
+    bool write_video = true;
+};
+
+// What the command line asks for: a run, or (after help or a complaint was printed) the exit code to leave with.
+struct command {
+    std::optional<detect_options> detect;
+    int exit_code = 0;
+};
+
+// Help and version go to standard output, complaints to standard error.
+command parse_command_line(int argc, const char* const* argv);
+
+}  // namespace orva_fire

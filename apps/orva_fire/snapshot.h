@@ -1,0 +1,38 @@
+// Single pictures as JPEG files, and the book-keeping of which to take for an event.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "apps/orva_fire/event_tracker.h"
+#include "apps/orva_fire/ffmpeg.h"
+#include "apps/orva_fire/scaler.h"
+
+namespace orva_fire {
+
+class jpeg_writer {
+public:
+    // Throws io_error that names the file.
+    void write(const std::string& path, const AVFrame& picture);
+
+private:
+    scaler m_scaler;
+};
+
+// Takes two pictures of every event: one at its start, and at its end the one in which a box was largest. It keeps one
+// picture in memory for each open event.
+class snapshot_taker {
+public:
+    // Removes the pictures of an earlier run from the folder.
+    explicit snapshot_taker(const std::string& folder);
+
+    // picture: painted. Returns the name of the file written for this event, or an empty text.
+    std::string take(const fire_event& event, const frame_ptr& picture);
+
+private:
+    const std::string m_folder;
+    jpeg_writer m_writer;
+    std::map<int, frame_ptr> m_largest;  // by event id
+};
+
+}  // namespace orva_fire

@@ -1,0 +1,232 @@
+#include "apps/orva_fire/video_source.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <utility>
+
+#include "apps/orva_fire/colour.h"
+#include "apps/orva_fire/error.h"
+
+namespace orva_fire {
+namespace {
+
+const double k_fallback_rate = 25;
+// Files state their length a little wrong; only what lacks more than both of these counts as cut short.
+const double k_missing_seconds = 1;
+const double k_missing_share = 0.05;
+
+void check_file(const std::string& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status)) throw io_error("'" + path + "' does not exist");
+    if (std::filesystem::is_directory(status)) throw io_error("'" + path + "' is a folder; give a video file");
+    if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0 && !error) {
+        throw io_error("'" + path + "' is empty");
+    }
+}
+
+std::string at_seconds(double seconds) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.2f s", seconds);
+    return text;
+}
+
+}  // namespace
+
+video_source::video_source(const std::string& path) : m_path(path), m_packet(new_packet()), m_decoded(new_frame()) {
+    check_file(path);
+    open_container();
+    open_decoder();
+    open_filter();
+}
+
+void video_source::open_container() {
+    AVFormatContext* input = nullptr;
+    const int opened = avformat_open_input(&input, file_url(m_path).c_str(), nullptr, nullptr);
+    if (opened < 0) {
+        const char* hint = opened == AVERROR_INVALIDDATA ? "; it is no video, or it is damaged or cut short" : "";
+        throw io_error("cannot read '" + m_path + "': " + error_text(opened) + hint);
+    }
+    m_input.reset(input);
+    const int known = avformat_find_stream_info(input, nullptr);
+    if (known < 0) throw io_error("cannot read '" + m_path + "': " + error_text(known));
+}
+
+void video_source::open_decoder() {
+    const AVCodec* codec = nullptr;
+    const int index = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
+    if (index == AVERROR_DECODER_NOT_FOUND) throw io_error("'" + m_path + "': there is no decoder for its video");
+    if (index < 0) throw io_error("'" + m_path + "' has no video in it");
+    for (unsigned i = 0; i < m_input->nb_streams; ++i) m_input->streams[i]->discard = AVDISCARD_ALL;
+    m_stream = m_input->streams[index];
+    m_stream->discard = AVDISCARD_DEFAULT;
+
+    m_decoder.reset(avcodec_alloc_context3(codec));
+    if (!m_decoder) throw std::bad_alloc();
+    m_decoder->pkt_timebase = m_stream->time_base;
+    m_decoder->thread_count = 0;
+    int status = avcodec_parameters_to_context(m_decoder.get(), m_stream->codecpar);
+    if (status >= 0) status = avcodec_open2(m_decoder.get(), codec, nullptr);
+    if (status < 0) throw io_error("cannot decode '" + m_path + "' (" + codec->name + "): " + error_text(status));
+}
+
+void video_source::open_filter() {
+    const uint8_t* data = av_stream_get_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+    const auto* matrix = reinterpret_cast<const int32_t*>(data);
+    if (has_odd_angle(matrix)) {
+        m_warnings.push_back("the video asks to be turned by an angle that is no quarter turn; it is left as it is");
+    }
+    m_filter = std::make_unique<picture_filter>(m_stream->time_base, upright_filters(matrix));
+}
+
+double video_source::nominal_rate() const {
+    const AVRational rate = av_guess_frame_rate(m_input.get(), m_stream, nullptr);
+    return rate.num > 0 && rate.den > 0 ? av_q2d(rate) : k_fallback_rate;
+}
+
+double video_source::duration() const {
+    if (m_stream->duration != AV_NOPTS_VALUE && m_stream->duration > 0) {
+        return static_cast<double>(m_stream->duration) * av_q2d(m_stream->time_base);
+    }
+    if (m_input->duration != AV_NOPTS_VALUE && m_input->duration > 0) {
+        return static_cast<double>(m_input->duration) / AV_TIME_BASE;
+    }
+    return 0;
+}
+
+bool video_source::next(source_picture& picture) {
+    double seconds = 0;
+    while (!m_filter->pull(picture.frame, seconds)) {
+        if (m_drained) return false;
+        feed_filter();
+    }
+    look_at_colour(*picture.frame);
+    if (m_index == 0) m_first_seconds = seconds;
+    seconds -= m_first_seconds;
+    // Joined recordings repeat or turn back their time stamps; everything behind here counts on growing ones.
+    if (m_index > 0 && seconds <= m_last_seconds) seconds = m_last_seconds + 1 / nominal_rate();
+    m_last_seconds = seconds;
+    picture.seconds = seconds;
+    picture.index = m_index++;
+    return true;
+}
+
+// One step: a decoded picture goes on to the filter, or the decoder is fed, or the end is passed on.
+void video_source::feed_filter() {
+    const int status = avcodec_receive_frame(m_decoder.get(), m_decoded.get());
+    if (status == AVERROR(EAGAIN)) {
+        feed_decoder();
+    } else if (status == AVERROR_EOF) {
+        m_filter->finish();
+        m_drained = true;
+    } else if (status == AVERROR(ENOMEM)) {
+        throw std::bad_alloc();
+    } else if (status < 0) {
+        note_damage();
+    } else {
+        const int64_t stamp = m_decoded->best_effort_timestamp;
+        m_decoded->pts = stamp != AV_NOPTS_VALUE ? stamp : m_next_stamp;
+        const double step = 1 / (nominal_rate() * av_q2d(m_stream->time_base));
+        m_next_stamp = m_decoded->pts + std::max<int64_t>(1, static_cast<int64_t>(step + 0.5));
+        if (m_decoded->decode_error_flags != 0 || (m_decoded->flags & AV_FRAME_FLAG_CORRUPT)) note_damage();
+        frame_ptr picture = new_frame();
+        av_frame_move_ref(picture.get(), m_decoded.get());
+        m_filter->push(std::move(picture));
+    }
+}
+
+void video_source::feed_decoder() {
+    const int read = av_read_frame(m_input.get(), m_packet.get());
+    if (read == AVERROR(EAGAIN)) return;
+    if (read < 0) {
+        end_of_packets(read);
+        return;
+    }
+    if (m_packet->stream_index == m_stream->index) {
+        note_packet(*m_packet);
+        const int sent = avcodec_send_packet(m_decoder.get(), m_packet.get());
+        if (sent == AVERROR(ENOMEM)) throw std::bad_alloc();
+        if (sent < 0) note_damage();
+    }
+    av_packet_unref(m_packet.get());
+}
+
+void video_source::end_of_packets(int status) {
+    if (status != AVERROR_EOF) {
+        m_ended_early = "reading stopped (" + error_text(status) + ")";
+    } else {
+        look_for_truncation();
+    }
+    // The empty packet that makes the decoder hand out what it holds back.
+    (void)avcodec_send_packet(m_decoder.get(), nullptr);
+}
+
+void video_source::note_packet(const AVPacket& packet) {
+    if (packet.flags & AV_PKT_FLAG_CORRUPT) note_damage();
+    const int64_t stamp = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+    if (stamp == AV_NOPTS_VALUE) return;
+    const double from = static_cast<double>(stamp) * av_q2d(m_stream->time_base);
+    if (!m_any_packet) m_packets_from = m_packets_to = from;
+    m_any_packet = true;
+    m_packets_from = std::min(m_packets_from, from);
+    m_packets_to = std::max(m_packets_to, packet_end(packet));
+}
+
+double video_source::packet_end(const AVPacket& packet) const {
+    const int64_t stamp = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+    return static_cast<double>(stamp + packet.duration) * av_q2d(m_stream->time_base);
+}
+
+void video_source::note_damage() {
+    if (m_damaged++ == 0) m_first_damage = m_last_seconds;
+}
+
+bool video_source::index_reaches_beyond_file() const {
+    const int64_t size = m_input->pb ? avio_size(m_input->pb) : -1;
+    if (size <= 0) return false;
+    for (int i = 0; i < avformat_index_get_entries_count(m_stream); ++i) {
+        const AVIndexEntry* entry = avformat_index_get_entry(m_stream, i);
+        if (entry->pos + entry->size > size) return true;
+    }
+    return false;
+}
+
+void video_source::look_for_truncation() {
+    if (index_reaches_beyond_file()) {
+        m_ended_early = "the file is cut short";
+        return;
+    }
+    // Only lengths that the container states for this stream count; guesses from the bit rate do not.
+    if (!m_any_packet || m_stream->duration == AV_NOPTS_VALUE || m_stream->duration <= 0) return;
+    if (m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return;
+    const double stated = static_cast<double>(m_stream->duration) * av_q2d(m_stream->time_base);
+    const double missing = stated - (m_packets_to - m_packets_from);
+    if (missing > k_missing_seconds && missing > stated * k_missing_share) {
+        m_ended_early = "the file states " + at_seconds(stated) + " but holds less";
+    }
+}
+
+std::string video_source::problem() const {
+    std::string text;
+    if (!m_ended_early.empty()) text = m_ended_early + ", read up to " + at_seconds(m_last_seconds);
+    if (m_damaged > 0) {
+        if (!text.empty()) text += "; ";
+        text += "damaged at " + std::to_string(m_damaged) + (m_damaged == 1 ? " place" : " places") + ", first near " +
+                at_seconds(m_first_damage);
+    }
+    return text.empty() ? text : "'" + m_path + "': " + text;
+}
+
+void video_source::look_at_colour(const AVFrame& picture) {
+    if (m_colour_seen) return;
+    m_colour_seen = true;
+    const std::string warning = colour_warning(picture);
+    if (!warning.empty()) m_warnings.push_back(warning);
+}
+
+std::vector<std::string> video_source::take_warnings() {
+    return std::exchange(m_warnings, {});
+}
+
+}  // namespace orva_fire

@@ -1,0 +1,85 @@
+// Reads the pictures of a video file one after the other: upright, progressive, each with its time.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/orva_fire/ffmpeg.h"
+#include "apps/orva_fire/geometry.h"
+#include "apps/orva_fire/picture_filter.h"
+
+namespace orva_fire {
+
+struct source_picture {
+    frame_ptr frame;
+    int64_t index = 0;   // counts every picture of the source from 0
+    double seconds = 0;  // since the first picture; strictly growing
+};
+
+class video_source {
+public:
+    // Opens a file. Throws io_error that names the file if there is no video to be read in it.
+    explicit video_source(const std::string& path);
+
+    // Reads the next picture. False at the end, whether the file was whole or not: see problem().
+    // All pictures have the size of the first.
+    bool next(source_picture& picture);
+
+    // The length that the file states, in seconds; 0 if it states none.
+    double duration() const;
+
+    // Pictures a second that the file states; 25 if it states none.
+    double nominal_rate() const;
+
+    // After the end: what was wrong with the file, or empty if it was read whole.
+    std::string problem() const;
+
+    // Sentences that the user should see, gathered since the last call.
+    std::vector<std::string> take_warnings();
+
+private:
+    struct input_closer {
+        void operator()(AVFormatContext* input) const { avformat_close_input(&input); }
+    };
+
+    void open_container();
+    void open_decoder();
+    void open_filter();
+    void feed_filter();
+    void feed_decoder();
+    void end_of_packets(int status);
+    void note_packet(const AVPacket& packet);
+    void note_damage();
+    void look_for_truncation();
+    bool index_reaches_beyond_file() const;
+    double packet_end(const AVPacket& packet) const;
+    void look_at_colour(const AVFrame& picture);
+
+    const std::string m_path;
+    std::unique_ptr<AVFormatContext, input_closer> m_input;
+    AVStream* m_stream = nullptr;
+    codec_ptr m_decoder;
+    packet_ptr m_packet;
+    frame_ptr m_decoded;
+    std::unique_ptr<picture_filter> m_filter;
+
+    int64_t m_next_stamp = 0;   // for pictures without a time stamp, in units of the stream
+    double m_packets_from = 0;  // earliest and latest moment that the packets cover
+    double m_packets_to = 0;
+    bool m_any_packet = false;
+    bool m_drained = false;
+
+    int64_t m_index = 0;
+    double m_first_seconds = 0;
+    double m_last_seconds = 0;
+
+    int64_t m_damaged = 0;
+    double m_first_damage = 0;
+    std::string m_ended_early;
+    bool m_colour_seen = false;
+    std::vector<std::string> m_warnings;
+};
+
+}  // namespace orva_fire
