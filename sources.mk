@@ -18,3 +18,71 @@ ORVA_FD_SOURCES := \
 # Without an accelerator, buffers come from ordinary memory.
 ORVA_FD_HEAP_SOURCES := \
     backend/memory_zone_heap.cpp
+
+# The chip's accelerator and memory zone.
+ORVA_FD_IVE_SOURCES := \
+    backend/hisi_ive_accel.cpp \
+    backend/memory_zone_mmz.cpp
+
+# ---------------------------------------------------------------------------------------------------------------------
+# The rest is for plain make, without CMake:
+#
+#   make -f sources.mk CROSS_COMPILE=arm-linux-gnueabi- [ORVA_IVE=OFF|STANDIN|SDK] [-j4]
+#
+# gives OUT/liborva_fd.a and OUT/liborva_fd.so (with its SONAME, exporting the six functions).
+#   OUT              folder of the results; default out
+#   CPU_FLAGS        what the maker's own programs are compiled with; must be the same here, see docs/porting.md
+#   ORVA_SDK_INCLUDE folder of the vendor's headers, with ORVA_IVE=SDK; the libraries are linked with the program
+# ---------------------------------------------------------------------------------------------------------------------
+ORVA_IVE ?= OFF
+OUT ?= out
+CPU_FLAGS ?=
+CXXFLAGS ?= -O2
+ORVA_CXX := $(CROSS_COMPILE)$(if $(filter default undefined,$(origin CXX)),g++,$(CXX))
+ORVA_AR := $(CROSS_COMPILE)$(if $(filter default undefined,$(origin AR)),ar,$(AR))
+ORVA_ROOT := $(patsubst %/,%,$(dir $(lastword $(MAKEFILE_LIST))))
+
+ifeq ($(filter OFF STANDIN SDK,$(ORVA_IVE)),)
+$(error ORVA_IVE is '$(ORVA_IVE)'; it must be OFF, STANDIN or SDK)
+endif
+ifeq ($(ORVA_IVE),OFF)
+ORVA_SEAM_SOURCES := $(ORVA_FD_HEAP_SOURCES)
+ORVA_SEAM_FLAGS :=
+else
+ORVA_SEAM_SOURCES := $(ORVA_FD_IVE_SOURCES)
+ORVA_SEAM_FLAGS := -DORVA_IVE_ENABLED=1
+endif
+ifeq ($(ORVA_IVE),SDK)
+ifeq ($(wildcard $(ORVA_SDK_INCLUDE)/mpi_ive.h),)
+$(error ORVA_SDK_INCLUDE: no mpi_ive.h in '$(ORVA_SDK_INCLUDE)')
+endif
+ORVA_SEAM_FLAGS += -DORVA_IVE_VENDOR_HEADERS=1 -isystem $(ORVA_SDK_INCLUDE)
+endif
+
+ORVA_MAJOR := $(shell sed -n 's/^.define ORVA_FD_VERSION_MAJOR *//p' $(ORVA_ROOT)/include/ORVA_FireDetection.h)
+ORVA_FLAGS := -std=c++11 -fPIC -fvisibility=hidden -fvisibility-inlines-hidden -ffp-contract=off -pthread \
+    -Wall -Wextra -I$(ORVA_ROOT) -I$(ORVA_ROOT)/include $(ORVA_SEAM_FLAGS) $(CPU_FLAGS)
+ORVA_OBJECT_DIR := $(OUT)/objects-$(ORVA_IVE)
+ORVA_OBJECTS := $(patsubst %.cpp,$(ORVA_OBJECT_DIR)/%.o,$(ORVA_FD_SOURCES) $(ORVA_SEAM_SOURCES))
+
+.PHONY: all clean
+all: $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so
+
+$(ORVA_OBJECT_DIR)/%.o: $(ORVA_ROOT)/%.cpp
+	@mkdir -p $(@D)
+	$(ORVA_CXX) $(ORVA_FLAGS) $(CXXFLAGS) -MMD -MP -c $< -o $@
+
+$(OUT)/liborva_fd.a: $(ORVA_OBJECTS)
+	rm -f $@
+	$(ORVA_AR) rcs $@ $^
+
+# Vendor symbols stay open here: the program that loads the library links the vendor's libraries.
+$(OUT)/liborva_fd.so: $(ORVA_OBJECTS) $(ORVA_ROOT)/cmake/orva_fd.map
+	$(ORVA_CXX) $(CPU_FLAGS) -shared -pthread -Wl,-soname,liborva_fd.so.$(ORVA_MAJOR) \
+	    -Wl,--version-script=$(ORVA_ROOT)/cmake/orva_fd.map $(LDFLAGS) $(ORVA_OBJECTS) -o $@.$(ORVA_MAJOR)
+	ln -sf liborva_fd.so.$(ORVA_MAJOR) $@
+
+clean:
+	rm -rf $(OUT)/objects-OFF $(OUT)/objects-STANDIN $(OUT)/objects-SDK $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so*
+
+-include $(ORVA_OBJECTS:.o=.d)

@@ -27,6 +27,9 @@ int hisi_mmz_mem::alloc_mmz(unsigned int size, bool cached) {
     if (m_size != 0) free_mmz();
     const int code = zone_alloc(&m_phys_addr, &m_virt_addr, size, cached);
     if (code != 0) {
+        // Whatever the platform left in the addresses is not a buffer and must not be released.
+        m_phys_addr = 0;
+        m_virt_addr = nullptr;
         log_error(k_file, "alloc_mmz", k_line_alloc_failed);
         std::printf("HI_MPI_SYS_MmzAlloc failed, ret = %x\n", static_cast<unsigned int>(code));
         return FD_PLATFORM_FAILED;
