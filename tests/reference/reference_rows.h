@@ -6,9 +6,11 @@
 
 #include <cctype>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
+#include "ORVA_FireDetection.h"
 #include "tests/reference/ref_pixels.h"
 
 namespace ref_test {
@@ -72,6 +74,48 @@ inline void fill_box(const ref::plane& img, int left, int top, int width, int he
         for (int x = left; x < left + width; ++x) img.at(x, y) = static_cast<unsigned char>(value);
     }
 }
+
+using values = std::vector<int>;
+
+const fd_rect k_whole = {0, 1, 0, 1, 1, 1, 1, 1};
+
+inline values of(const fd_rect& r) {
+    return {r.x, r.x_ref, r.y, r.y_ref, r.width, r.width_ref, r.height, r.height_ref};
+}
+
+// A host's frame in one block: luma, chroma directly behind it, one row to spare.
+class host_frame {
+public:
+    host_frame(int width, int height, int stride, int luma)
+        : m_bytes(static_cast<std::size_t>(stride) * static_cast<std::size_t>(height + (height + 1) / 2 + 1), 128) {
+        m_frame.width = static_cast<std::uint32_t>(width);
+        m_frame.height = static_cast<std::uint32_t>(height);
+        m_frame.virt_addr[0] = m_bytes.data();
+        m_frame.virt_addr[1] = m_bytes.data() + static_cast<std::ptrdiff_t>(stride) * height;
+        m_frame.stride[0] = static_cast<std::uint32_t>(stride);
+        m_frame.stride[1] = static_cast<std::uint32_t>(stride);
+        fill_box({m_bytes.data(), width, height, stride}, 0, 0, width, height, luma);
+    }
+
+    // All even.
+    void paint(int left, int top, int width, int height, int y, int u, int v) {
+        const int stride = static_cast<int>(m_frame.stride[0]);
+        fill_box({m_frame.virt_addr[0], 0, 0, stride}, left, top, width, height, y);
+        const ref::plane chroma = {m_frame.virt_addr[1], 0, 0, stride};
+        for (int row = top / 2; row < (top + height) / 2; ++row) {
+            for (int x = left; x < left + width; x += 2) {
+                chroma.at(x, row) = static_cast<unsigned char>(v);
+                chroma.at(x + 1, row) = static_cast<unsigned char>(u);
+            }
+        }
+    }
+
+    fd_yuv_frame& frame() { return m_frame; }
+
+private:
+    std::vector<unsigned char> m_bytes;
+    fd_yuv_frame m_frame{};
+};
 
 }  // namespace ref_test
 
