@@ -25,7 +25,7 @@ public:
     // Noise from a random place in one long stretch of it, which is quicker than a number for each byte.
     void fill(unsigned char* bytes, std::size_t length) {
         if (m_noise.empty()) {
-            m_noise.resize(1 << 18);
+            m_noise.resize(1 << 20);
             for (unsigned char& value : m_noise) value = byte();
         }
         if (length > m_noise.size() / 2) std::abort();
