@@ -8,12 +8,16 @@ ORVA_FD_SOURCES := \
     channel/foreground_analysis.cpp \
     channel/frame_process.cpp \
     preprocess/CYuv420_Rgb.cpp \
+    preprocess/color_rows.cpp \
     preprocess/pre_process.cpp \
+    preprocess/region_scan.cpp \
     backend/hisi_ive_func.cpp \
     backend/hisi_mmz_mem.cpp \
     imgproc/bwlabel_ccl.cpp \
     imgproc/common.cpp \
-    imgproc/morphology.cpp
+    imgproc/morphology.cpp \
+    imgproc/rows.cpp \
+    imgproc/run_labeller.cpp
 
 # Without an accelerator, buffers come from ordinary memory.
 ORVA_FD_HEAP_SOURCES := \

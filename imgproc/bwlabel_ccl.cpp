@@ -1,5 +1,7 @@
 #include "imgproc/bwlabel_ccl.h"
 
+#include "imgproc/run_labeller.h"
+
 namespace orva_fd {
 
 namespace {
@@ -12,46 +14,16 @@ void open_run(int x, int y, run_column& stRun, run_column& enRun, run_column& ro
     rowRun.push_back(static_cast<unsigned short>(y));
 }
 
-con_info start_record() {
-    con_info record = {};
-    record.left = k_max_width;
-    record.top = k_max_height;
-    return record;
-}
-
-void add_run(con_info& record, int16_t start, int16_t end, int16_t row) {
-    if (start < record.left) record.left = start;
-    if (end > record.right) record.right = end;
-    if (row <= record.top) record.top = row;
-    if (row >= record.bottom) record.bottom = row;
-    record.area += end - start + 1;
-}
-
 }  // namespace
 
+// The same components as the three functions below give: a component's smallest label is that of its first run either
+// way.
 int bwlabel_ccl::do_comm_ccl(fd_yuv_frame* img, std::vector<con_info>& out) {
-    run_column stRun;
-    run_column enRun;
-    run_column rowRun;
-    int runCount = 0;
-    fillRunVectors(img->virt_addr[0], static_cast<int>(img->width), static_cast<int>(img->height),
-                   static_cast<int>(img->stride[0]), runCount, stRun, enRun, rowRun);
-    if (runCount == 0) return FD_OK;
-
-    std::vector<int> runLabels;
-    std::vector<std::pair<int, int>> equivalences;
-    int labelCount = 0;
-    firstPass(stRun, enRun, rowRun, runCount, runLabels, equivalences, labelCount);
-    std::vector<int> finalLabels;
-    int groupCount = 0;
-    replaceSameLabel(labelCount, equivalences, finalLabels, groupCount);
-
-    out.resize(static_cast<std::size_t>(groupCount), start_record());
-    for (std::size_t i = 0; i < static_cast<std::size_t>(runCount); ++i) {
-        const int group = finalLabels[static_cast<std::size_t>(runLabels[i] - 1)];
-        add_run(out[static_cast<std::size_t>(group - 1)], static_cast<int16_t>(stRun[i]),
-                static_cast<int16_t>(enRun[i]), static_cast<int16_t>(rowRun[i]));
-    }
+    run_labeller labeller;
+    labeller.begin();
+    const int height = static_cast<int>(img->height);
+    for (int y = 0; y < height; ++y) labeller.add_row(plane_row(img, 0, y), static_cast<int>(img->width), y);
+    labeller.finish(out);
     return FD_OK;
 }
 

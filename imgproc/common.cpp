@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "imgproc/log.h"
+#include "imgproc/rows.h"
 
 namespace orva_fd {
 
@@ -13,25 +14,10 @@ namespace {
 const char k_file[] = "common";
 enum log_line { k_line_sub_sizes_differ = 169, k_line_threshold_null_plane = 198 };
 
-// Difference of contiguous bytes. dst may be a or b.
-void sub_row(const unsigned char* a, const unsigned char* b, unsigned char* dst, int width) {
-    const unsigned char* lut = fd_table::m_abs_lut;
-    for (int x = 0; x < width; ++x) dst[x] = lut[a[x] - b[x]];
-}
-
-void threshold_row(const unsigned char* src, unsigned char* dst, int width, int thresh) {
-    for (int x = 0; x < width; ++x) dst[x] = src[x] > thresh ? 255 : 0;
-}
-
 // Arithmetic that wraps in 32 bits, read as signed.
 int32_t wrapped(uint32_t value) {
     return static_cast<int32_t>(value);
 }
-
-struct histogram_sums {
-    uint32_t count[256];   // pixels at or below t
-    uint32_t moment[256];  // sum of their values, modulo 2^32
-};
 
 void sum_histogram(const uint32_t* histogram, histogram_sums* sums) {
     uint32_t count = 0;
@@ -42,14 +28,16 @@ void sum_histogram(const uint32_t* histogram, histogram_sums* sums) {
         sums->count[t] = count;
         sums->moment[t] = moment;
     }
+    sums->all_count = count;
+    sums->all_moment = moment;
 }
 
 // Between-class variance of the split at t, up to a factor. Both classes hold pixels.
 int64_t split_score(const histogram_sums& sums, int t) {
     const uint32_t below = sums.count[t];
-    const uint32_t above = sums.count[255] - below;
+    const uint32_t above = sums.all_count - below;
     const int32_t mean_below = wrapped(sums.moment[t] << 8) / wrapped(below);
-    const int32_t mean_above = wrapped((sums.moment[255] - sums.moment[t]) << 8) / wrapped(above);
+    const int32_t mean_above = wrapped((sums.all_moment - sums.moment[t]) << 8) / wrapped(above);
     const uint32_t distance = static_cast<uint32_t>(mean_below) - static_cast<uint32_t>(mean_above);
     const int32_t a = wrapped(below * distance) >> 8;
     const int32_t b = wrapped(above * distance) >> 8;
@@ -123,7 +111,7 @@ int sub(fd_yuv_frame* a, fd_yuv_frame* b, fd_yuv_frame* dst) {
     }
     const int width = static_cast<int>(a->width);
     const int height = static_cast<int>(a->height);
-    for (int y = 0; y < height; ++y) sub_row(plane_row(a, 0, y), plane_row(b, 0, y), plane_row(dst, 0, y), width);
+    for (int y = 0; y < height; ++y) abs_diff_row(plane_row(a, 0, y), plane_row(b, 0, y), plane_row(dst, 0, y), width);
     return FD_OK;
 }
 
@@ -138,6 +126,21 @@ int threshold_binary(fd_yuv_frame* src, fd_yuv_frame* dst, int thresh) {
     return FD_OK;
 }
 
+int search_otsu(const histogram_sums& sums, int t_min, int t_max) {
+    int64_t best = 0;
+    int result = t_min;
+    for (int t = t_min; t <= t_max; ++t) {
+        if (sums.count[t] == 0) continue;
+        if (sums.count[t] == sums.all_count) break;
+        const int64_t score = split_score(sums, t);
+        if (score > best) {
+            best = score;
+            result = t;
+        }
+    }
+    return result;
+}
+
 int getThreshVal_Otsu(fd_yuv_frame* img, int margin_x, int margin_y, int t_min, int t_max) {
     if (t_min >= t_max) return t_min;
     uint32_t histogram[256] = {};
@@ -149,19 +152,7 @@ int getThreshVal_Otsu(fd_yuv_frame* img, int margin_x, int margin_y, int t_min, 
     }
     histogram_sums sums;
     sum_histogram(histogram, &sums);
-
-    int64_t best = 0;
-    int result = t_min;
-    for (int t = t_min; t <= t_max; ++t) {
-        if (sums.count[t] == 0) continue;
-        if (sums.count[t] == sums.count[255]) break;
-        const int64_t score = split_score(sums, t);
-        if (score > best) {
-            best = score;
-            result = t;
-        }
-    }
-    return result;
+    return search_otsu(sums, t_min, t_max);
 }
 
 }  // namespace orva_fd

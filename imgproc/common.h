@@ -87,10 +87,22 @@ int sub(fd_yuv_frame* a, fd_yuv_frame* b, fd_yuv_frame* dst);
 // Returns 0; 7 if plane 0 of either has no virtual address.
 int threshold_binary(fd_yuv_frame* src, fd_yuv_frame* dst, int thresh);
 
-// Otsu's threshold (N. Otsu, "A threshold selection method from gray-level histograms", 1979) of plane 0 without a
-// margin of margin_x columns and margin_y rows on each side, searched in t_min..t_max only; t_min if there is none.
-// Class means have 8 fraction bits and products wrap in 32 bits, as the fixed-point original does (deliberate: on
-// bright pictures the wrapped values decide). Ties keep the lowest threshold.
+// What Otsu's search needs to know of a histogram: for each t, how many pixels are at or below it and the sum of their
+// values (modulo 2^32), and the same for all pixels.
+struct histogram_sums {
+    uint32_t count[256];
+    uint32_t moment[256];
+    uint32_t all_count;
+    uint32_t all_moment;
+};
+
+// Otsu's threshold (N. Otsu, "A threshold selection method from gray-level histograms", 1979) in t_min..t_max; t_min if
+// no split has pixels on both sides. Only entries t_min to t_max of sums are read. Class means have 8 fraction bits and
+// products wrap in 32 bits, as the fixed-point original does (deliberate: on bright pictures the wrapped values
+// decide). Ties keep the lowest threshold.
+int search_otsu(const histogram_sums& sums, int t_min, int t_max);
+
+// The same for plane 0 of an image without margin_x columns and margin_y rows on each side; t_min if t_min >= t_max.
 int getThreshVal_Otsu(fd_yuv_frame* img, int margin_x, int margin_y, int t_min, int t_max);
 
 }  // namespace orva_fd

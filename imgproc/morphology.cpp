@@ -4,6 +4,7 @@
 
 #include "imgproc/common.h"
 #include "imgproc/log.h"
+#include "imgproc/rows.h"
 
 namespace orva_fd {
 
@@ -19,44 +20,21 @@ const unsigned int k_templates[5][3] = {
     {0x10101, 0x10101, 0x10101},  // square
     {0x100, 0x10101, 0x101},      // deliberate: cross and lower left corner
 };
-const int k_square = 3;
 
-// The row left of, at and right of a pixel as one word of the masks' form: the lowest bit of each byte.
-unsigned int low_bits(const unsigned char* row, int x) {
-    return (row[x - 1] & 1u) | (row[x] & 1u) << 8 | (row[x + 1] & 1u) << 16;
-}
+typedef void (*row_function)(const unsigned char* above, const unsigned char* row, const unsigned char* below,
+                             unsigned char* dst, int width);
 
-// One interior row. `hit` decides from the selected bits of the three rows; a hit writes `value`.
-void dilate_row(const unsigned char* above, const unsigned char* row, const unsigned char* below, unsigned char* dst,
-                int width, const unsigned int* mask) {
-    for (int x = 1; x < width - 2; ++x) {
-        const unsigned int set =
-            (low_bits(above, x) & mask[0]) | (low_bits(row, x) & mask[1]) | (low_bits(below, x) & mask[2]);
-        if (set != 0) dst[x] = 255;
-    }
-}
-
-void erode_row(const unsigned char* above, const unsigned char* row, const unsigned char* below, unsigned char* dst,
-               int width, const unsigned int* mask) {
-    for (int x = 1; x < width - 2; ++x) {
-        const unsigned int clear =
-            (~low_bits(above, x) & mask[0]) | (~low_bits(row, x) & mask[1]) | (~low_bits(below, x) & mask[2]);
-        if (clear != 0) dst[x] = 0;
-    }
-}
-
-template <typename row_function>
-void apply_square(morphology* self, fd_yuv_frame* src, fd_yuv_frame* dst, row_function apply_row) {
-    unsigned int mask[3];
-    self->get_mask(k_square, mask);
+// The copy, the bounds and the order that dilation and erosion share. Both take the square, whose three masks select
+// every bit that they look at.
+void apply_square(fd_yuv_frame* src, fd_yuv_frame* dst, row_function apply_row) {
     const int width = static_cast<int>(src->width);
     const int height = static_cast<int>(src->height);
-    if (height > 0)
-        std::memcpy(dst->virt_addr[0], src->virt_addr[0], static_cast<std::size_t>(src->stride[0]) * src->height);
+    if (height <= 0) return;
+    std::memcpy(dst->virt_addr[0], src->virt_addr[0], static_cast<std::size_t>(src->stride[0]) * src->height);
     if (height <= 2 || width <= 3) return;
     for (int y = 1; y < height - 1; ++y) {
-        apply_row(plane_row(src, 0, y - 1), plane_row(src, 0, y), plane_row(src, 0, y + 1), plane_row(dst, 0, y), width,
-                  mask);
+        apply_row(plane_row(src, 0, y - 1), plane_row(src, 0, y), plane_row(src, 0, y + 1), plane_row(dst, 0, y),
+                  width);
     }
 }
 
@@ -73,11 +51,11 @@ int morphology::get_mask(int type, unsigned int* mask) {
 }
 
 void morphology::dilate(fd_yuv_frame* src, fd_yuv_frame* dst) {
-    apply_square(this, src, dst, dilate_row);
+    apply_square(src, dst, dilate_row);
 }
 
 void morphology::erode(fd_yuv_frame* src, fd_yuv_frame* dst) {
-    apply_square(this, src, dst, erode_row);
+    apply_square(src, dst, erode_row);
 }
 
 }  // namespace orva_fd

@@ -96,6 +96,7 @@ void pre_process::place_rgb_planes() {
 }
 
 int pre_process::start() {
+    m_scan.reserve();
     m_width = k_max_width;
     m_height = k_max_height;
     int code = obtain_image(&m_fg_mem, &m_fg_img, 1, k_line_fg_failed);
@@ -142,6 +143,10 @@ int pre_process::set_frame(fd_yuv_frame* frame, std::vector<con_info>& comps) {
     int code = FD_OK;
     if (frame->width != m_width || frame->height != m_height) code = reinit(frame);
     if (code != FD_OK) return failed(code, k_line_reinit_failed);
+    if (!k_has_accelerator) {
+        m_scan.run(frame, &m_fg_img, &m_rgb_img, &m_diff_img, comps);
+        return FD_OK;
+    }
 
     // Motion.
     code = m_ive.do_sub(frame, &m_diff_img, &m_diff_img, true);

@@ -8,6 +8,7 @@
 #include "backend/hisi_ive_func.h"
 #include "backend/hisi_mmz_mem.h"
 #include "imgproc/common.h"
+#include "preprocess/region_scan.h"
 
 namespace orva_fd {
 
@@ -66,6 +67,7 @@ private:
     hisi_ive_func m_ive;
     uint16_t m_width;
     uint16_t m_height;
+    region_scan m_scan;       // the stages in builds without the accelerator
     hisi_mmz_mem m_blob_mem;  // the accelerator's labelling result
 };
 

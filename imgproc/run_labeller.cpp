@@ -1,0 +1,151 @@
+#include "imgproc/run_labeller.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace orva_fd {
+
+namespace {
+
+const int k_no_row = -2;  // so that row 0 has no row above
+
+// Eight bytes, the first in the lowest bits on every machine.
+inline uint64_t load_bytes(const unsigned char* bytes) {
+    uint64_t word;
+    std::memcpy(&word, bytes, sizeof(word));
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    word = __builtin_bswap64(word);
+#endif
+    return word;
+}
+
+// One bit for each of eight bytes, set where the byte is not zero. The addition carries into a byte's top bit if any of
+// its lower seven is set; the product gathers the eight bits in the top byte.
+inline uint64_t non_zero_bits(uint64_t word) {
+    const uint64_t low_bits = 0x7f7f7f7f7f7f7f7fu;
+    const uint64_t ones = ((((word & low_bits) + low_bits) | word) >> 7) & 0x0101010101010101u;
+    return (ones * 0x0102040810204080u) >> 56;
+}
+
+// The bits of up to 64 bytes.
+inline uint64_t foreground_bits(const unsigned char* row, int count) {
+    uint64_t bits = 0;
+    int x = 0;
+    for (; x + 8 <= count; x += 8) {
+        const uint64_t word = load_bytes(row + x);
+        if (word != 0) bits |= non_zero_bits(word) << x;
+    }
+    for (; x < count; ++x) bits |= static_cast<uint64_t>(row[x] != 0) << x;
+    return bits;
+}
+
+// Pixels counted in 32 bits that wrap, as the runs' records do.
+con_info start_record() {
+    con_info record = {};
+    record.left = k_max_width;
+    record.top = k_max_height;
+    return record;
+}
+
+void widen(con_info& box, const con_info& other) {
+    box.left = std::min(box.left, other.left);
+    box.right = std::max(box.right, other.right);
+    box.top = std::min(box.top, other.top);
+    box.bottom = std::max(box.bottom, other.bottom);
+    box.area += other.area;
+}
+
+}  // namespace
+
+void run_labeller::reserve(int width, int labels) {
+    const std::size_t runs = static_cast<std::size_t>(width + 1) / 2;
+    m_row.reserve(runs);
+    m_row_above.reserve(runs);
+    m_labels.reserve(static_cast<std::size_t>(labels));
+}
+
+void run_labeller::begin() {
+    m_labels.clear();
+    m_row_above.clear();
+    m_y = k_no_row;
+}
+
+// A run begins or ends where a pixel differs from the one before it.
+void run_labeller::find_runs(const unsigned char* row, int width) {
+    m_row.clear();
+    uint64_t before = 0;
+    for (int x = 0; x < width; x += 64) {
+        const uint64_t bits = foreground_bits(row + x, std::min(64, width - x));
+        uint64_t changes = bits ^ (bits << 1 | before);
+        before = bits >> 63;
+        for (; changes != 0; changes &= changes - 1) {
+            const int at = x + __builtin_ctzll(changes);
+            if (((bits >> (at - x)) & 1) != 0) {
+                const run opened = {at, width - 1, -1};
+                m_row.push_back(opened);
+            } else {
+                m_row.back().last = at - 1;
+            }
+        }
+    }
+}
+
+int run_labeller::root_of(int at) {
+    while (m_labels[static_cast<std::size_t>(at)].parent != at) {
+        int& parent = m_labels[static_cast<std::size_t>(at)].parent;
+        parent = m_labels[static_cast<std::size_t>(parent)].parent;  // halves the path for the next search
+        at = parent;
+    }
+    return at;
+}
+
+// The smaller label stays, so a component's root is the label of its first run.
+void run_labeller::join(int a, int b) {
+    const int keep = std::min(a, b);
+    const int gone = std::max(a, b);
+    m_labels[static_cast<std::size_t>(gone)].parent = keep;
+    widen(m_labels[static_cast<std::size_t>(keep)].box, m_labels[static_cast<std::size_t>(gone)].box);
+}
+
+// Gives a run its label and joins what it touches above. `above` ends at the last run that may touch the next one too.
+void run_labeller::place(run* current, const run*& above, const run* above_end, int y) {
+    while (above != above_end && above->last < current->first) ++above;
+    int root = -1;
+    for (const run* touching = above; touching != above_end && touching->first <= current->last; ++touching) {
+        const int other = root_of(touching->label);
+        if (root >= 0 && root != other) join(root, other);
+        root = root < 0 ? other : std::min(root, other);
+    }
+    if (root < 0) {
+        root = static_cast<int>(m_labels.size());
+        const label fresh = {root, start_record()};
+        m_labels.push_back(fresh);
+    }
+    current->label = root;
+    const con_info box = {current->last - current->first + 1, static_cast<int16_t>(current->first),
+                          static_cast<int16_t>(current->last), static_cast<int16_t>(y), static_cast<int16_t>(y)};
+    widen(m_labels[static_cast<std::size_t>(root)].box, box);
+}
+
+void run_labeller::add_row(const unsigned char* row, int width, int y) {
+    find_runs(row, width);
+    const bool adjacent = y == m_y + 1;
+    const run* above = m_row_above.data();
+    const run* above_end = above + (adjacent ? m_row_above.size() : 0);
+    for (std::size_t i = 0; i < m_row.size(); ++i) place(&m_row[i], above, above_end, y);
+    m_row.swap(m_row_above);
+    m_y = y;
+}
+
+void run_labeller::finish(std::vector<con_info>& out) {
+    if (m_labels.empty()) return;
+    std::size_t components = 0;
+    for (std::size_t i = 0; i < m_labels.size(); ++i) components += m_labels[i].parent == static_cast<int>(i) ? 1u : 0u;
+    out.resize(components, start_record());
+    std::size_t component = 0;
+    for (std::size_t i = 0; i < m_labels.size(); ++i) {
+        if (m_labels[i].parent == static_cast<int>(i)) widen(out[component++], m_labels[i].box);
+    }
+}
+
+}  // namespace orva_fd

@@ -1,0 +1,51 @@
+// Connected components from rows that arrive one after the other, in the order and with the records of bwlabel_ccl:
+// only the runs of two rows are kept, and one record for each label.
+#ifndef ORVA_FD_IMGPROC_RUN_LABELLER_H
+#define ORVA_FD_IMGPROC_RUN_LABELLER_H
+
+#include <vector>
+
+#include "imgproc/common.h"
+
+namespace orva_fd {
+
+// One thread at a time. Memory grows as needed and is kept; reserve obtains it beforehand.
+class run_labeller {
+public:
+    // Obtains memory for rows of `width` bytes and for `labels` labels of one image. May throw; nothing is lost then.
+    void reserve(int width, int labels);
+
+    void begin();
+
+    // The runs of non-zero bytes of row y. Rows come in rising order; rows without foreground may be left out.
+    void add_row(const unsigned char* row, int width, int y);
+
+    // Resizes out to the number of components and adds each to its record; see bwlabel_ccl::do_comm_ccl. An image
+    // without foreground leaves out untouched.
+    void finish(std::vector<con_info>& out);
+
+private:
+    struct run {
+        int first;
+        int last;
+        int label;
+    };
+    struct label {
+        int parent;  // itself for a root; always the smaller label
+        con_info box;
+    };
+
+    void find_runs(const unsigned char* row, int width);
+    int root_of(int at);
+    void join(int a, int b);
+    void place(run* current, const run*& above, const run* above_end, int y);
+
+    std::vector<run> m_row;
+    std::vector<run> m_row_above;
+    int m_y = -2;  // of the row above
+    std::vector<label> m_labels;
+};
+
+}  // namespace orva_fd
+
+#endif
