@@ -55,7 +55,6 @@ public:
         m_engine_time_outs = 0;
         m_fail_in = 0;
         m_fail_after = false;
-        memory.unregister_all_frames();
         memory.set_alignment(16);
     }
 

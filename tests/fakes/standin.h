@@ -52,7 +52,7 @@ struct record {
     bool default_zone = false;
 };
 
-// Forgets calls, scripts, jobs and registered frames; live buffers stay. Every test starts with it.
+// Forgets calls, scripts and jobs; buffers and registered frames stay. Every test starts with it.
 void reset();
 
 // --- what was called

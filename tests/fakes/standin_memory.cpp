@@ -25,12 +25,19 @@ bool looks_like_pointer(HI_U32 phys_addr, std::size_t bytes, const unsigned char
 
 }  // namespace
 
+bool memory_map::is_taken(HI_U32 phys_addr, std::size_t bytes) const {
+    return std::any_of(m_blocks.begin(), m_blocks.end(), [&](const auto& entry) {
+        return phys_addr < entry.first + entry.second.bytes && entry.first < phys_addr + bytes;
+    });
+}
+
+// The next address that nothing has had; after a long time they come round again.
 HI_U32 memory_map::free_address(std::size_t bytes, const unsigned char* processor) {
-    if (m_blocks.empty() || m_next > k_last_address) m_next = k_first_address;
     for (;;) {
-        HI_U32 address = (m_next / (2 * m_alignment) + 1) * 2 * m_alignment + m_alignment;
+        if (m_next < k_first_address || m_next > k_last_address) m_next = k_first_address;
+        const HI_U32 address = (m_next / (2 * m_alignment) + 1) * 2 * m_alignment + m_alignment;
         m_next = address + static_cast<HI_U32>(bytes + k_gap);
-        if (!looks_like_pointer(address, bytes, processor)) return address;
+        if (!looks_like_pointer(address, bytes, processor) && !is_taken(address, bytes)) return address;
     }
 }
 
@@ -64,10 +71,6 @@ void memory_map::unregister_frame(void* memory) {
     for (auto it = m_blocks.begin(); it != m_blocks.end();) {
         it = it->second.frame && it->second.processor == memory ? m_blocks.erase(it) : std::next(it);
     }
-}
-
-void memory_map::unregister_all_frames() {
-    for (auto it = m_blocks.begin(); it != m_blocks.end();) it = it->second.frame ? m_blocks.erase(it) : std::next(it);
 }
 
 memory_map::blocks::iterator memory_map::block_at(HI_U32 phys_addr, std::size_t bytes) {

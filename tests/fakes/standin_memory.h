@@ -17,7 +17,6 @@ public:
     HI_U32 allocate(std::size_t bytes, bool cached, void** virt_addr);
     HI_U32 register_frame(void* memory, std::size_t bytes);
     void unregister_frame(void* memory);
-    void unregister_all_frames();
 
     // Whether both addresses are those of one place in one buffer, which then is released or flushed.
     bool release(HI_U32 phys_addr, const void* virt_addr);
@@ -43,6 +42,7 @@ private:
 
     blocks::iterator block_at(HI_U32 phys_addr, std::size_t bytes);
     HI_U32 free_address(std::size_t bytes, const unsigned char* processor);
+    bool is_taken(HI_U32 phys_addr, std::size_t bytes) const;
     static void flush_line(block& where, std::size_t from, std::size_t to);
 
     blocks m_blocks;
