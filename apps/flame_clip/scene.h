@@ -11,7 +11,7 @@
 namespace flame_clip {
 
 struct scene_settings {
-    uint32_t seed = 1;
+    uint32_t seed = 7;
     int width = 640;
     int height = 360;
     double onset = 4;  // seconds until the flame begins

@@ -34,6 +34,25 @@ struct watched_zone {
     std::vector<box> boxes;
 };
 
+std::string in_folder(const detect_options& options, const char* name) {
+    return options.folder + "/" + name;
+}
+
+std::string events_path(const detect_options& options) {
+    return options.events.empty() ? in_folder(options, k_events_name) : options.events;
+}
+
+// Rejects results that would be written over the video while it is still being read, before any file is opened.
+const detect_options& without_overwriting(const detect_options& options) {
+    for (const std::string& output : {in_folder(options, k_video_name), events_path(options), options.library_log}) {
+        std::error_code error;
+        if (fs::equivalent(options.video, output, error) && !error) {
+            throw usage_error("'" + output + "' is the video itself; choose another place for the results");
+        }
+    }
+    return options;
+}
+
 class detection_run {
 public:
     explicit detection_run(const detect_options& options);
@@ -42,8 +61,6 @@ public:
 private:
     void open_outputs(const AVFrame& first);
     void open_zones();
-    void refuse_to_overwrite_input(const std::string& output) const;
-    std::string in_folder(const char* name) const { return m_options.folder + "/" + name; }
 
     bool read(source_picture& picture);
     bool passes(const source_picture& picture);
@@ -77,20 +94,11 @@ private:
 };
 
 detection_run::detection_run(const detect_options& options)
-    : m_options(options),
+    : m_options(without_overwriting(options)),
       m_source(options.video),
       m_progress(m_source.duration()),
       m_library_output(options.library_log),
       m_limiter(options.rate) {}
-
-// Rejects a result that would be written over the video while it is still being read.
-void detection_run::refuse_to_overwrite_input(const std::string& output) const {
-    std::error_code error;
-    if (fs::equivalent(m_options.video, output, error) && !error) {
-        throw usage_error("the results would overwrite the video '" + m_options.video +
-                          "'; choose another folder with -o");
-    }
-}
 
 void detection_run::open_zones() {
     if (m_options.regions.empty()) {
@@ -109,9 +117,7 @@ void detection_run::open_zones() {
 }
 
 void detection_run::open_outputs(const AVFrame& first) {
-    const std::string events = m_options.events.empty() ? in_folder(k_events_name) : m_options.events;
-    refuse_to_overwrite_input(in_folder(k_video_name));
-    refuse_to_overwrite_input(events);
+    const std::string events = events_path(m_options);
     std::error_code error;
     fs::create_directories(m_options.folder, error);
     if (error || !fs::is_directory(m_options.folder)) {
@@ -129,7 +135,7 @@ void detection_run::open_outputs(const AVFrame& first) {
         encoder_settings settings;
         settings.rate = m_source.nominal_rate();
         m_painted = m_annotator.paint(first, {}, {});
-        m_video = std::make_unique<video_writer>(in_folder(k_video_name), *m_painted, settings);
+        m_video = std::make_unique<video_writer>(in_folder(m_options, k_video_name), *m_painted, settings);
     }
 }
 

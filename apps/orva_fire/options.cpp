@@ -19,6 +19,10 @@ Examples:
   orva-fire video.mp4 --region 50%,0,50%,100%    the right half only, at twice the detail
   orva-fire video.mp4 --events - | jq .          events on standard output, one JSON object a line)";
 
+std::string complaint(const CLI::App*, const CLI::Error& error) {
+    return std::string("orva-fire: ") + error.what() + "\nRun orva-fire --help for more information.\n";
+}
+
 std::string check_region(const std::string& text) {
     try {
         (void)parse_region(text);
@@ -43,6 +47,7 @@ command parse_command_line(int argc, const char* const* argv) {
 
     CLI::App app("Finds fire in a video and writes an annotated video, events and snapshots.", "orva-fire");
     app.footer(k_footer);
+    app.failure_message(complaint);
     app.set_version_flag("--version", "orva-fire " ORVA_FIRE_VERSION);
     app.add_option("VIDEO", options.video, "video file, in any format that FFmpeg reads")->required();
     app.add_option("-o,--output", options.folder, "folder for the results, made if it is missing")

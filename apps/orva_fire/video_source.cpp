@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <utility>
 
@@ -58,9 +59,8 @@ void video_source::open_decoder() {
     const int index = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
     if (index == AVERROR_DECODER_NOT_FOUND) throw io_error("'" + m_path + "': there is no decoder for its video");
     if (index < 0) throw io_error("'" + m_path + "' has no video in it");
-    for (unsigned i = 0; i < m_input->nb_streams; ++i) m_input->streams[i]->discard = AVDISCARD_ALL;
+    // The other streams are read along and left aside: where they end belongs to the length that the file states.
     m_stream = m_input->streams[index];
-    m_stream->discard = AVDISCARD_DEFAULT;
 
     m_decoder.reset(avcodec_alloc_context3(codec));
     if (!m_decoder) throw std::bad_alloc();
@@ -143,8 +143,9 @@ void video_source::feed_decoder() {
         end_of_packets(read);
         return;
     }
+    note_end(*m_packet);
     if (m_packet->stream_index == m_stream->index) {
-        note_packet(*m_packet);
+        if (m_packet->flags & AV_PKT_FLAG_CORRUPT) note_damage();
         const int sent = avcodec_send_packet(m_decoder.get(), m_packet.get());
         if (sent == AVERROR(ENOMEM)) throw std::bad_alloc();
         if (sent < 0) note_damage();
@@ -162,20 +163,18 @@ void video_source::end_of_packets(int status) {
     (void)avcodec_send_packet(m_decoder.get(), nullptr);
 }
 
-void video_source::note_packet(const AVPacket& packet) {
-    if (packet.flags & AV_PKT_FLAG_CORRUPT) note_damage();
+// Remembers the latest moment that packets cover, of this stream and of all.
+void video_source::note_end(const AVPacket& packet) {
     const int64_t stamp = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
     if (stamp == AV_NOPTS_VALUE) return;
-    const double from = static_cast<double>(stamp) * av_q2d(m_stream->time_base);
-    if (!m_any_packet) m_packets_from = m_packets_to = from;
-    m_any_packet = true;
-    m_packets_from = std::min(m_packets_from, from);
-    m_packets_to = std::max(m_packets_to, packet_end(packet));
-}
-
-double video_source::packet_end(const AVPacket& packet) const {
-    const int64_t stamp = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
-    return static_cast<double>(stamp + packet.duration) * av_q2d(m_stream->time_base);
+    const AVStream& stream = *m_input->streams[packet.stream_index];
+    const double unit = av_q2d(stream.time_base);
+    const double start = stream.start_time != AV_NOPTS_VALUE ? static_cast<double>(stream.start_time) * unit : 0;
+    const double end = static_cast<double>(stamp + packet.duration) * unit;
+    if (&stream == m_stream) m_stream_end = std::max(m_stream_end, end - start);
+    const double file_start =
+        m_input->start_time != AV_NOPTS_VALUE ? static_cast<double>(m_input->start_time) / AV_TIME_BASE : 0;
+    m_file_end = std::max(m_file_end, end - file_start);
 }
 
 void video_source::note_damage() {
@@ -192,18 +191,31 @@ bool video_source::index_reaches_beyond_file() const {
     return false;
 }
 
+// A transport stream consists of packets of one size; 192 and 204 bytes are its variants.
+bool video_source::ends_inside_a_packet() const {
+    const int64_t size = m_input->pb ? avio_size(m_input->pb) : -1;
+    if (size <= 0 || std::strcmp(m_input->iformat->name, "mpegts") != 0) return false;
+    return size % 188 != 0 && size % 192 != 0 && size % 204 != 0;
+}
+
 void video_source::look_for_truncation() {
-    if (index_reaches_beyond_file()) {
+    if (index_reaches_beyond_file() || ends_inside_a_packet()) {
         m_ended_early = "the file is cut short";
         return;
     }
-    // Only lengths that the container states for this stream count; guesses from the bit rate do not.
-    if (!m_any_packet || m_stream->duration == AV_NOPTS_VALUE || m_stream->duration <= 0) return;
-    if (m_input->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return;
-    const double stated = static_cast<double>(m_stream->duration) * av_q2d(m_stream->time_base);
-    const double missing = stated - (m_packets_to - m_packets_from);
+    // Only lengths that the file states count; guesses from the bit rate or from the last time stamp do not.
+    if (m_input->duration_estimation_method != AVFMT_DURATION_FROM_STREAM) return;
+    if (m_stream->duration != AV_NOPTS_VALUE) {
+        compare_with_stated(static_cast<double>(m_stream->duration) * av_q2d(m_stream->time_base), m_stream_end);
+    } else if (m_input->duration != AV_NOPTS_VALUE) {
+        compare_with_stated(static_cast<double>(m_input->duration) / AV_TIME_BASE, m_file_end);
+    }
+}
+
+void video_source::compare_with_stated(double stated, double held) {
+    const double missing = stated - held;
     if (missing > k_missing_seconds && missing > stated * k_missing_share) {
-        m_ended_early = "the file states " + at_seconds(stated) + " but holds less";
+        m_ended_early = "the file is cut short (it states " + at_seconds(stated) + ")";
     }
 }
 

@@ -50,11 +50,12 @@ private:
     void feed_filter();
     void feed_decoder();
     void end_of_packets(int status);
-    void note_packet(const AVPacket& packet);
+    void note_end(const AVPacket& packet);
     void note_damage();
     void look_for_truncation();
     bool index_reaches_beyond_file() const;
-    double packet_end(const AVPacket& packet) const;
+    bool ends_inside_a_packet() const;
+    void compare_with_stated(double stated, double held);
     void look_at_colour(const AVFrame& picture);
 
     const std::string m_path;
@@ -65,10 +66,9 @@ private:
     frame_ptr m_decoded;
     std::unique_ptr<picture_filter> m_filter;
 
-    int64_t m_next_stamp = 0;   // for pictures without a time stamp, in units of the stream
-    double m_packets_from = 0;  // earliest and latest moment that the packets cover
-    double m_packets_to = 0;
-    bool m_any_packet = false;
+    int64_t m_next_stamp = 0;  // for pictures without a time stamp, in units of the stream
+    double m_stream_end = 0;   // where the packets of this stream end, in seconds from its start
+    double m_file_end = 0;     // and those of all streams, from the file's start
     bool m_drained = false;
 
     int64_t m_index = 0;
