@@ -38,6 +38,9 @@ std::unique_ptr<contender> make_contender(const std::string& name, const six_fun
 // The chain of OpenCV's calls, or null in a build without OpenCV.
 std::unique_ptr<contender> make_opencv_contender();
 
+// The stages of this build's library, called one by one.
+std::unique_ptr<contender> make_door_contender();
+
 }  // namespace bench
 
 #endif

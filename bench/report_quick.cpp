@@ -14,6 +14,9 @@ namespace {
 const double k_ms = 1e6;
 const double k_worst_share = 0.8;  // of plain's quiet frame, what the worst frame may cost
 
+// A library that is that many times slower than the plain text was compiled without optimisation.
+const double k_unoptimised = 2;
+
 struct wanted {
     double against_plain;
     double against_opencv;
@@ -97,6 +100,17 @@ bool print_agreement(FILE* out, const cast& everybody, bool quick) {
     }
     std::fprintf(out, "results   as the plain text's on %d frames of %zu scenes\n", frames, scenes.size());
     return true;
+}
+
+bool looks_optimised(FILE* out, const cast& everybody) {
+    const plan p = {5, 3, 2, 10, 1000 * k_ms};
+    const scene s = quiet_scene(k_full_width, k_full_height);
+    const std::vector<timing> times = measure({&everybody.library(), &everybody.plain_o2()}, s, p);
+    const double slower = ratio(times[0], times[1]).mid;
+    if (slower < k_unoptimised) return true;
+    std::fprintf(out, "refused: the library takes %.1f times as long as the plain text at -O2; is it optimised?\n",
+                 slower);
+    return false;
 }
 
 void print_quick(FILE* out, const cast& everybody) {
