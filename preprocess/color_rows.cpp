@@ -4,31 +4,18 @@ namespace orva_fd {
 
 namespace {
 
-inline unsigned char above_zero(int value) {
-    return static_cast<unsigned char>(value > 0 ? value : 0);
+inline uint16_t twice(int byte) {
+    return static_cast<uint16_t>(byte | byte << 8);
 }
-inline unsigned char below_zero(int value) {
-    return static_cast<unsigned char>(value < 0 ? -value : 0);
+inline short above_zero(short value) {
+    return value > 0 ? value : short(0);
 }
-
-// dst holds each byte of src twice.
-inline void double_bytes(const unsigned char* src, unsigned char* dst, int count) {
-    for (int i = 0; i < count; ++i) {
-        dst[2 * i] = src[i];
-        dst[2 * i + 1] = src[i];
-    }
+inline short below_zero(short value) {
+    return value < 0 ? static_cast<short>(-value) : short(0);
 }
-
-// One value for each chroma pair, before it is given to both columns.
-struct pair_offsets {
-    unsigned char red_plus[k_widest_row / 2];
-    unsigned char red_minus[k_widest_row / 2];
-    unsigned char green_plus[k_widest_row / 2];
-    unsigned char green_minus[k_widest_row / 2];
-    unsigned char blue_plus[k_widest_row / 2];
-    unsigned char blue_minus[k_widest_row / 2];
-    unsigned char luma_floor[k_widest_row / 2];
-};
+inline short scaled(short value, short factor) {
+    return static_cast<short>(static_cast<short>(value * factor) >> 8);
+}
 
 }  // namespace
 
@@ -37,37 +24,32 @@ struct pair_offsets {
 ORVA_ROW_FUNCTION
 void color_offsets_row(const unsigned char* chroma, int width, color_offsets* offsets) {
     const int pairs = width / 2;
-    pair_offsets half;
     for (int i = 0; i < pairs; ++i) {
         const short v = static_cast<short>(chroma[2 * i] - 128);
         const short u = static_cast<short>(chroma[2 * i + 1] - 128);
-        const short red = static_cast<short>(v + static_cast<short>(static_cast<short>(v * 103) >> 8));
-        const short green = static_cast<short>(static_cast<short>(static_cast<short>(u * 88) >> 8) +
-                                               static_cast<short>(static_cast<short>(v * 183) >> 8));
-        const short blue = static_cast<short>(u + static_cast<short>(static_cast<short>(u * 198) >> 8));
-        half.red_plus[i] = above_zero(red);
-        half.red_minus[i] = below_zero(red);
-        half.green_plus[i] = below_zero(green);  // green is taken away
-        half.green_minus[i] = above_zero(green);
-        half.blue_plus[i] = above_zero(blue);
-        half.blue_minus[i] = below_zero(blue);
+        const short red = static_cast<short>(v + scaled(v, 103));
+        const short green = static_cast<short>(scaled(u, 88) + scaled(v, 183));
+        const short blue = static_cast<short>(u + scaled(u, 198));
+        offsets->red_plus[i] = twice(above_zero(red));
+        offsets->red_minus[i] = twice(below_zero(red));
+        offsets->green_plus[i] = twice(below_zero(green));  // green is taken away
+        offsets->green_minus[i] = twice(above_zero(green));
+        offsets->blue_plus[i] = twice(above_zero(blue));
+        offsets->blue_minus[i] = twice(below_zero(blue));
     }
-    // Flame has V above U, V above 120, and luma above U + 30.
-    for (int i = 0; i < pairs; ++i) {
-        const unsigned char v = chroma[2 * i];
-        const unsigned char u = chroma[2 * i + 1];
-        const unsigned char highest = u > 225 ? 225 : u;
-        const unsigned char refuse_by_u = v > u ? 0 : 255;
-        const unsigned char refuse_by_v = v > 120 ? 0 : 255;
-        half.luma_floor[i] = static_cast<unsigned char>((highest + 30) | refuse_by_u | refuse_by_v);
+}
+
+// Flame has V above U, V above 120, and luma above U + 30.
+ORVA_ROW_FUNCTION
+void luma_floor_row(const unsigned char* chroma, int width, uint16_t* floors) {
+    for (int i = 0; i < width / 2; ++i) {
+        const short v = chroma[2 * i];
+        const short u = chroma[2 * i + 1];
+        const short least_luma = static_cast<short>(u > 225 ? 255 : u + 30);
+        const short refuse_by_u = v > u ? short(0) : short(255);
+        const short refuse_by_v = v > 120 ? short(0) : short(255);
+        floors[i] = twice(least_luma | refuse_by_u | refuse_by_v);
     }
-    double_bytes(half.red_plus, offsets->red_plus, pairs);
-    double_bytes(half.red_minus, offsets->red_minus, pairs);
-    double_bytes(half.green_plus, offsets->green_plus, pairs);
-    double_bytes(half.green_minus, offsets->green_minus, pairs);
-    double_bytes(half.blue_plus, offsets->blue_plus, pairs);
-    double_bytes(half.blue_minus, offsets->blue_minus, pairs);
-    double_bytes(half.luma_floor, offsets->luma_floor, pairs);
 }
 
 // Saturating arithmetic in bytes. One of plus and minus is zero, so clipping after each step is clipping the sum.
@@ -81,21 +63,29 @@ void convert_row(const unsigned char* luma, const unsigned char* plus, const uns
     }
 }
 
-// The rule of check_fire_pt without division. Its last test, round(2^20 * 3b / s) <= table[r] with s = r + g + b, holds
-// exactly when 4500 * b <= s * (11 * r - 1305): that is 3b / s <= 1 - 1.1 * (255 - r) / 150 times 1500 * s, and over
-// all r, g, b that pass the other tests no quotient lies so close to its bound that the rounding decides (a test walks
-// all of them).
 ORVA_ROW_FUNCTION
-void fire_color_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
+bool flame_tint_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
                     const unsigned char* luma, const unsigned char* luma_floor, unsigned char* pass, int width) {
+    unsigned char any = 0;
     for (int x = 0; x < width; ++x) {
         const unsigned char r = red[x];
         const unsigned char g = green[x];
         const unsigned char b = blue[x];
         const unsigned char beyond_green = static_cast<unsigned char>(r - g);
-        pass[x] = static_cast<unsigned char>((r >= g) & (g > b) & (b > 80) & (r > 150) & (g > 100) &
-                                             (beyond_green < g) & (luma[x] > luma_floor[x]));
+        const unsigned char meets = static_cast<unsigned char>((r >= g) & (g > b) & (b > 80) & (r > 150) & (g > 100) &
+                                                               (beyond_green < g) & (luma[x] > luma_floor[x]));
+        pass[x] = meets;
+        any |= meets;
     }
+    return any != 0;
+}
+
+// The test round(2^20 * 3b / s) <= table[r] with s = r + g + b holds exactly when 4500 * b <= s * (11 * r - 1305): that
+// is 3b / s <= 1 - 1.1 * (255 - r) / 150 times 1500 * s, and over all r, g, b that meet the other tests no quotient
+// lies so close to its bound that the rounding decides (a test walks all of them).
+ORVA_ROW_FUNCTION
+void flame_saturation_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
+                          unsigned char* pass, int width) {
     for (int x = 0; x < width; ++x) {
         const short sum = static_cast<short>(red[x] + green[x] + blue[x]);
         const short scale = static_cast<short>(11 * red[x] - 1305);

@@ -7,17 +7,19 @@
 
 namespace orva_fd {
 
-// What a row of chroma pairs adds to and takes from the luma of two rows, one byte for each column. Of each pair of
-// plus and minus one is zero.
+// What a row of chroma pairs adds to and takes from the luma of two rows. Of each plus and minus one is zero. A value
+// counts for two columns, so each 16-bit word holds the same byte twice; as_bytes reads them column by column.
 struct color_offsets {
-    unsigned char red_plus[k_widest_row];
-    unsigned char red_minus[k_widest_row];
-    unsigned char green_plus[k_widest_row];
-    unsigned char green_minus[k_widest_row];
-    unsigned char blue_plus[k_widest_row];
-    unsigned char blue_minus[k_widest_row];
-    unsigned char luma_floor[k_widest_row];  // luma of flame is above this; 255 where the chroma is not that of flame
+    uint16_t red_plus[k_widest_row / 2];
+    uint16_t red_minus[k_widest_row / 2];
+    uint16_t green_plus[k_widest_row / 2];
+    uint16_t green_minus[k_widest_row / 2];
+    uint16_t blue_plus[k_widest_row / 2];
+    uint16_t blue_minus[k_widest_row / 2];
 };
+inline const unsigned char* as_bytes(const uint16_t* words) {
+    return reinterpret_cast<const unsigned char*>(words);
+}
 
 // chroma: V,U pairs, width bytes.
 void color_offsets_row(const unsigned char* chroma, int width, color_offsets* offsets);
@@ -26,9 +28,17 @@ void color_offsets_row(const unsigned char* chroma, int width, color_offsets* of
 void convert_row(const unsigned char* luma, const unsigned char* plus, const unsigned char* minus, unsigned char* dst,
                  int width);
 
-// pass = 1 where pre_process::check_fire_pt accepts the pixel, 0 elsewhere.
-void fire_color_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
+// The tests of pre_process::check_fire_pt on chroma: floors holds, twice in each word, what the luma of flame is above;
+// 255 where the chroma is not that of flame.
+void luma_floor_row(const unsigned char* chroma, int width, uint16_t* floors);
+
+// The tests that need no product: pass = 1 where a pixel meets them, 0 elsewhere. Returns whether any does.
+bool flame_tint_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
                     const unsigned char* luma, const unsigned char* luma_floor, unsigned char* pass, int width);
+
+// The saturation test, for pixels that met the others: clears pass where it fails.
+void flame_saturation_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
+                          unsigned char* pass, int width);
 
 // Clears the blocks of two mask rows in which too few set pixels pass. Returns whether anything is left.
 bool filter_block_row(unsigned char* mask_top, unsigned char* mask_bottom, const unsigned char* pass_top,

@@ -18,10 +18,27 @@ const int k_most_labels = 88 * 72 + 2 * 176 + 3 * 144;
 const int k_otsu_min = k_tail_first;
 const int k_otsu_max = k_tail_first + k_tail_length - 1;
 
+// The part of a row that holds what is set, in whole words. Most rows hold little.
+void find_span(const unsigned char* bytes, int width, int* first, int* last) {
+    const int word = static_cast<int>(sizeof(uint64_t));
+    *first = 0;
+    *last = width;
+    uint64_t value = 0;
+    for (; *first + word <= width; *first += word) {
+        std::memcpy(&value, bytes + *first, sizeof(value));
+        if (value != 0) break;
+    }
+    for (; *last - word >= *first; *last -= word) {
+        std::memcpy(&value, bytes + *last - word, sizeof(value));
+        if (value != 0) break;
+    }
+}
+
 }  // namespace
 
 void region_scan::reserve() {
     m_labeller.reserve(k_max_width, k_most_labels);
+    std::memset(m_empty, 0, sizeof(m_empty));
 }
 
 void region_scan::run(const fd_yuv_frame* frame, fd_yuv_frame* mask, fd_yuv_frame* rgb, fd_yuv_frame* diff,
@@ -87,14 +104,17 @@ int region_scan::find_threshold() {
 }
 
 void region_scan::convert_pair(int y) {
-    color_offsets_row(plane_row(m_frame, 1, y / 2), m_even_width, &m_offsets);
-    const std::size_t stride = m_rgb->stride[0];
+    color_offsets offsets;
+    color_offsets_row(plane_row(m_frame, 1, y / 2), m_even_width, &offsets);
+    const uint16_t* plus[3] = {offsets.blue_plus, offsets.green_plus, offsets.red_plus};
+    const uint16_t* minus[3] = {offsets.blue_minus, offsets.green_minus, offsets.red_minus};
     for (int row = y; row < y + 2; ++row) {
         const unsigned char* luma = plane_row(m_frame, 0, row);
-        const std::size_t at = stride * static_cast<std::size_t>(row);
-        convert_row(luma, m_offsets.blue_plus, m_offsets.blue_minus, m_rgb->virt_addr[0] + at, m_even_width);
-        convert_row(luma, m_offsets.green_plus, m_offsets.green_minus, m_rgb->virt_addr[1] + at, m_even_width);
-        convert_row(luma, m_offsets.red_plus, m_offsets.red_minus, m_rgb->virt_addr[2] + at, m_even_width);
+        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(row);
+        for (int plane = 0; plane < 3; ++plane) {
+            convert_row(luma, as_bytes(plus[plane]), as_bytes(minus[plane]), m_rgb->virt_addr[plane] + at,
+                        m_even_width);
+        }
     }
 }
 
@@ -104,78 +124,102 @@ void region_scan::detect_motion(int y) {
     working_row& row = motion(y);
     const unsigned char* luma = plane_row(m_frame, 0, y);
     unsigned char* before = plane_row(m_diff, 0, y);
-    row.any = m_largest[y] > m_threshold;
-    if (row.any) motion_row(luma, before, row.bytes, m_width, m_threshold);
-    if (!row.any) std::memset(row.bytes, 0, static_cast<std::size_t>(m_width));
+    row.first = row.last = 0;
+    if (m_largest[y] > m_threshold) {
+        motion_row(luma, before, row.bytes, m_width, m_threshold);
+        find_span(row.bytes, m_width, &row.first, &row.last);
+    }
     std::memcpy(before, luma, static_cast<std::size_t>(m_width));
 }
 
-// Dilation keeps the outer rows of an image, and whole images of few rows or columns.
-bool region_scan::is_dilated(int y) const {
-    return m_height > 2 && m_width > 3 && y > 0 && y < m_height - 1;
-}
+// Writes row y of a ring, dilated, to all of dst's columns, and where it may be set. Dilation keeps the outer rows of
+// an image, and whole images of few rows or columns.
+void region_scan::dilate_into(working_row* rows, int y, unsigned char* dst, int* first, int* last) const {
+    const working_row& row = rows[y % k_ring];
+    std::memset(dst, 0, static_cast<std::size_t>(m_width));
+    if (row.any()) std::memcpy(dst + row.first, row.bytes + row.first, static_cast<std::size_t>(row.last - row.first));
+    *first = row.any() ? row.first : m_width;
+    *last = row.any() ? row.last : 0;
+    if (m_height <= 2 || m_width <= 3 || y == 0 || y == m_height - 1) return;
 
-void region_scan::dilate_into(const working_row* above, const working_row& row, const working_row* below,
-                              unsigned char* dst) const {
-    std::memcpy(dst, row.bytes, static_cast<std::size_t>(m_width));
-    const bool spreads = above != nullptr && below != nullptr && (above->any || row.any || below->any);
-    if (spreads) dilate_row(above->bytes, row.bytes, below->bytes, dst, m_width);
+    const working_row& above = rows[(y - 1) % k_ring];
+    const working_row& below = rows[(y + 1) % k_ring];
+    for (const working_row* neighbour : {&above, &below}) {
+        if (!neighbour->any()) continue;
+        *first = std::min(*first, neighbour->first);
+        *last = std::max(*last, neighbour->last);
+    }
+    if (*first >= *last) return;
+    *first = std::max(*first - 1, 0);
+    *last = std::min(*last + 1, m_width);
+    const int start = std::max(*first - 1, 0);
+    const int end = std::min(*last + 2, m_width);  // the row function leaves one column at the start and two at the end
+    dilate_row(bytes_of(above) + start, bytes_of(row) + start, bytes_of(below) + start, dst + start, end - start);
 }
 
 // The motion mask of a row, as the filter reads it: with the row padding's first byte where the width is odd.
 void region_scan::dilate_motion(int y) {
     if (y >= m_height) return load_row_below_image();
     working_row& row = filtered(y);
-    const working_row* above = is_dilated(y) ? &motion(y - 1) : nullptr;
-    const working_row* below = is_dilated(y) ? &motion(y + 1) : nullptr;
-    dilate_into(above, motion(y), below, row.bytes);
-    row.any = motion(y).any || (above != nullptr && (above->any || below->any));
-    if (m_even_width > m_width) {
-        row.bytes[m_width] = plane_row(m_diff, 0, y)[m_width];
-        row.any |= row.bytes[m_width] != 0;
-    }
+    dilate_into(m_motion, y, row.bytes, &row.first, &row.last);
+    if (m_even_width == m_width) return;
+    row.bytes[m_width] = plane_row(m_diff, 0, y)[m_width];
+    if (row.bytes[m_width] == 0) return;
+    row.first = std::min(row.first, m_width);
+    row.last = m_even_width;
 }
 
 // The last pair of an odd height reaches into the row below the mask, which may hold the rest of a larger one.
 void region_scan::load_row_below_image() {
     working_row& row = filtered(m_height);
     std::memcpy(row.bytes, plane_row(m_mask, 0, m_height), static_cast<std::size_t>(m_even_width));
-    row.any = true;
+    row.first = 0;
+    row.last = m_even_width;
 }
 
+// Clears blocks without flame's colour in the columns that either row may have set.
 void region_scan::filter_pair(int y) {
     working_row& top = filtered(y);
     working_row& bottom = filtered(y + 1);
-    if (!top.any && !bottom.any) return;
+    if (!top.any() && !bottom.any()) return;
+    const int first = std::min(top.any() ? top.first : m_width, bottom.any() ? bottom.first : m_width) / 2 * 2;
+    const int last = (std::max(top.any() ? top.last : 0, bottom.any() ? bottom.last : 0) + 1) / 2 * 2;
+    const int width = last - first;
+
+    uint16_t floors[k_widest_row / 2];
+    luma_floor_row(plane_row(m_frame, 1, y / 2) + first, width, floors);
     unsigned char pass[2][k_widest_row];
-    if (m_height % 2 != 0) color_offsets_row(plane_row(m_frame, 1, y / 2), m_even_width, &m_offsets);
     for (int i = 0; i < 2; ++i) {
-        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(y + i);
-        fire_color_row(m_rgb->virt_addr[2] + at, m_rgb->virt_addr[1] + at, m_rgb->virt_addr[0] + at,
-                       plane_row(m_frame, 0, y + i), m_offsets.luma_floor, pass[i], m_even_width);
+        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(y + i) + static_cast<std::size_t>(first);
+        const unsigned char* blue = m_rgb->virt_addr[0] + at;
+        const unsigned char* green = m_rgb->virt_addr[1] + at;
+        const unsigned char* red = m_rgb->virt_addr[2] + at;
+        const unsigned char* luma = plane_row(m_frame, 0, y + i) + first;
+        if (flame_tint_row(red, green, blue, luma, as_bytes(floors), pass[i], width)) {
+            flame_saturation_row(red, green, blue, pass[i], width);
+        }
     }
-    const bool any = filter_block_row(top.bytes, bottom.bytes, pass[0], pass[1], m_even_width);
-    top.any = any;
-    bottom.any = any;
+    const bool left = filter_block_row(top.bytes + first, bottom.bytes + first, pass[0], pass[1], width);
     if (y + 1 == m_height) {
         std::memcpy(plane_row(m_mask, 0, m_height), bottom.bytes, static_cast<std::size_t>(m_even_width));
     }
+    top.first = bottom.first = first;
+    top.last = bottom.last = left ? std::min(last, m_width) : first;
 }
 
 // The second dilation of a row goes to the mask and on to labelling. Row padding travels from the difference image to
 // the mask and back with the two dilations, which copy whole strides.
 void region_scan::finish_row(int y) {
     if (y < 0) return;
-    const working_row& row = filtered(y);
     unsigned char* mask = plane_row(m_mask, 0, y);
-    const working_row* above = is_dilated(y) ? &filtered(y - 1) : nullptr;
-    const working_row* below = is_dilated(y) ? &filtered(y + 1) : nullptr;
-    dilate_into(above, row, below, mask);
-    const bool any = row.any || (above != nullptr && (above->any || below->any));
-    if (any) m_labeller.add_row(mask, m_width, y);
+    int first = 0;
+    int last = 0;
+    dilate_into(m_filtered, y, mask, &first, &last);
+    if (first < last) m_labeller.add_row(mask, m_width, y);
+    if (m_width == static_cast<int>(m_mask->stride[0])) return;
 
     unsigned char* diff = plane_row(m_diff, 0, y);
-    if (m_even_width > m_width) diff[m_width] = row.bytes[m_width];
+    if (m_even_width > m_width) diff[m_width] = filtered(y).bytes[m_width];
     std::memcpy(mask + m_width, diff + m_width, m_mask->stride[0] - static_cast<std::size_t>(m_width));
 }
 

@@ -27,9 +27,12 @@ public:
 private:
     static const int k_ring = 4;  // rows that a 3 x 3 stage and the pair after it need at once
 
+    // Columns first to last - 1 hold all that is set, if anything is. The bytes of an empty row are stale.
     struct working_row {
         unsigned char bytes[k_widest_row];
-        bool any;  // false: all bytes are zero
+        int first;
+        int last;
+        bool any() const { return first < last; }
     };
 
     int find_threshold();
@@ -39,9 +42,8 @@ private:
     void load_row_below_image();
     void filter_pair(int y);
     void finish_row(int y);
-    void dilate_into(const working_row* above, const working_row& row, const working_row* below,
-                     unsigned char* dst) const;
-    bool is_dilated(int y) const;
+    void dilate_into(working_row* rows, int y, unsigned char* dst, int* first, int* last) const;
+    const unsigned char* bytes_of(const working_row& row) const { return row.any() ? row.bytes : m_empty; }
     working_row& motion(int y) { return m_motion[y % k_ring]; }
     working_row& filtered(int y) { return m_filtered[y % k_ring]; }
 
@@ -56,7 +58,7 @@ private:
     unsigned char m_largest[k_max_height];  // largest difference of each row
     working_row m_motion[k_ring];           // differences above the threshold
     working_row m_filtered[k_ring];         // dilated; fire-coloured blocks only, once filtered
-    color_offsets m_offsets;                // of the pair of rows in work
+    unsigned char m_empty[k_widest_row];
     run_labeller m_labeller;
 };
 

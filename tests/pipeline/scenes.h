@@ -4,6 +4,7 @@
 #define ORVA_TESTS_PIPELINE_SCENES_H
 
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,11 @@ struct settings {
     int grade_period;    // a new grade every so many frames; 0: never
     int refused_period;  // a frame that must be refused every so many frames; 0: never
 };
+
+// For test reports.
+inline std::ostream& operator<<(std::ostream& out, const settings& scene) {
+    return out << scene.name;
+}
 
 // A frame in one block of memory, as the public header asks: both planes, and one row to spare. What lies beside the
 // picture is filled too, because the brightness test reads it.
