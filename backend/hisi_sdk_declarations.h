@@ -6,6 +6,13 @@
 #ifndef ORVA_FD_BACKEND_HISI_SDK_DECLARATIONS_H
 #define ORVA_FD_BACKEND_HISI_SDK_DECLARATIONS_H
 
+/* Every enumeration is an int to the driver, which checks what arrives; so is ours, and may hold any value. */
+#ifdef __cplusplus
+#define ORVA_AS_INT : int
+#else
+#define ORVA_AS_INT
+#endif
+
 typedef unsigned char HI_U8;
 typedef signed char HI_S8;
 typedef char HI_CHAR;
@@ -14,7 +21,7 @@ typedef short HI_S16;
 typedef unsigned int HI_U32;
 typedef int HI_S32;
 typedef unsigned long long HI_U64;
-typedef enum hiHI_BOOL { HI_FALSE = 0, HI_TRUE = 1 } HI_BOOL;
+typedef enum hiHI_BOOL ORVA_AS_INT { HI_FALSE = 0, HI_TRUE = 1 } HI_BOOL;
 #define HI_VOID void
 typedef HI_S32 IVE_HANDLE;
 
@@ -33,7 +40,7 @@ typedef HI_S32 IVE_HANDLE;
 
 /* Images and memory. Physical addresses are the engine's, virtual ones the processor's, of the same planes. */
 
-typedef enum hiIVE_IMAGE_TYPE_E {
+typedef enum hiIVE_IMAGE_TYPE_E ORVA_AS_INT {
     IVE_IMAGE_TYPE_U8C1 = 0,     /* grey */
     IVE_IMAGE_TYPE_YUV420SP = 2, /* luma, then interleaved V,U */
     IVE_IMAGE_TYPE_U8C3_PACKAGE = 10,
@@ -73,12 +80,12 @@ typedef IVE_MEM_INFO_S IVE_DST_MEM_INFO_S;
 
 /* Control records, one per operation. */
 
-typedef enum hiIVE_SUB_MODE_E { IVE_SUB_MODE_ABS = 0, IVE_SUB_MODE_SHIFT = 1 } IVE_SUB_MODE_E;
+typedef enum hiIVE_SUB_MODE_E ORVA_AS_INT { IVE_SUB_MODE_ABS = 0, IVE_SUB_MODE_SHIFT = 1 } IVE_SUB_MODE_E;
 typedef struct hiIVE_SUB_CTRL_S {
     IVE_SUB_MODE_E enMode;
 } IVE_SUB_CTRL_S;
 
-typedef enum hiIVE_DMA_MODE_E {
+typedef enum hiIVE_DMA_MODE_E ORVA_AS_INT {
     IVE_DMA_MODE_DIRECT_COPY = 0,
     IVE_DMA_MODE_INTERVAL_COPY = 1,
     IVE_DMA_MODE_SET_3BYTE = 2,
@@ -96,7 +103,7 @@ typedef struct hiIVE_DILATE_CTRL_S {
     HI_U8 au8Mask[25]; /* 5 x 5, each 0 or 255 */
 } IVE_DILATE_CTRL_S;
 
-typedef enum hiIVE_THRESH_MODE_E {
+typedef enum hiIVE_THRESH_MODE_E ORVA_AS_INT {
     IVE_THRESH_MODE_BINARY = 0, /* at or below the low threshold the least value, above it the greatest */
     IVE_THRESH_MODE_TRUNC = 1,
     IVE_THRESH_MODE_TO_MINVAL = 2
@@ -110,7 +117,7 @@ typedef struct hiIVE_THRESH_CTRL_S {
     HI_U8 u8MaxVal;
 } IVE_THRESH_CTRL_S;
 
-typedef enum hiIVE_CSC_MODE_E {
+typedef enum hiIVE_CSC_MODE_E ORVA_AS_INT {
     IVE_CSC_MODE_VIDEO_BT601_YUV2RGB = 0,
     IVE_CSC_MODE_VIDEO_BT709_YUV2RGB = 1,
     IVE_CSC_MODE_PIC_BT601_YUV2RGB = 2,
@@ -124,7 +131,7 @@ typedef struct hiIVE_CSC_CTRL_S {
     IVE_CSC_MODE_E enMode;
 } IVE_CSC_CTRL_S;
 
-typedef enum hiIVE_CCL_MODE_E { IVE_CCL_MODE_4C = 0, IVE_CCL_MODE_8C = 1 } IVE_CCL_MODE_E;
+typedef enum hiIVE_CCL_MODE_E ORVA_AS_INT { IVE_CCL_MODE_4C = 0, IVE_CCL_MODE_8C = 1 } IVE_CCL_MODE_E;
 typedef struct hiIVE_CCL_CTRL_S {
     IVE_CCL_MODE_E enMode;
     HI_U16 u16InitAreaThr;
@@ -176,5 +183,7 @@ HI_S32 HI_MPI_SYS_MmzFree(HI_U32 phys_addr, HI_VOID* virt_addr);
 #ifdef __cplusplus
 }
 #endif
+
+#undef ORVA_AS_INT
 
 #endif

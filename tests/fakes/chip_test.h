@@ -64,6 +64,13 @@ public:
     std::vector<unsigned char>& bytes() { return m_bytes; }
     std::uint32_t phys_addr() const { return m_phys_addr; }
 
+    // Plane 0 without row padding.
+    std::vector<unsigned char> pixels() {
+        std::vector<unsigned char> all;
+        for (int y = 0; y < m_height; ++y) all.insert(all.end(), &plane().at(0, y), &plane().at(0, y) + m_width);
+        return all;
+    }
+
     void fill_noise(std::uint32_t seed) {
         for (unsigned char& byte : m_bytes) {
             seed = seed * 1664525u + 1013904223u;
