@@ -5,6 +5,7 @@ ORVA_FD_SOURCES := \
     manager/FireDetectionManager.cpp \
     manager/Handledispather.cpp \
     manager/Mutex.cpp \
+    channel/box_merger.cpp \
     channel/foreground_analysis.cpp \
     channel/frame_process.cpp \
     preprocess/CYuv420_Rgb.cpp \

@@ -25,43 +25,6 @@ const double k_margin_share = 0.2;  // surround on each side, as a share of the 
 const double k_brighter = 1.05;     // centre over surround
 const int k_cover_margin = 3;
 
-// Smallest distance between an edge of one box and an edge of the other along one axis.
-int edge_distance(int a_low, int a_high, int b_low, int b_high) {
-    return std::min(std::min(std::abs(a_low - b_low), std::abs(a_low - b_high)),
-                    std::min(std::abs(a_high - b_low), std::abs(a_high - b_high)));
-}
-
-bool close_together(const con_info& a, const con_info& b) {
-    const int dx = edge_distance(a.left, a.right, b.left, b.right);
-    const int dy = edge_distance(a.top, a.bottom, b.top, b.bottom);
-    const int mean_size = (box_width(a) + box_height(a) + box_width(b) + box_height(b)) >> 1;
-    return dx + dy < limit_range(mean_size, 40, 80);
-}
-
-void absorb(con_info& a, const con_info& b) {
-    a.left = std::min(a.left, b.left);
-    a.top = std::min(a.top, b.top);
-    a.right = std::max(a.right, b.right);
-    a.bottom = std::max(a.bottom, b.bottom);
-    a.area += b.area;
-}
-
-// Merges the first close pair, in list order, again and again until no two boxes are close.
-void merge_close(std::vector<con_info>& list) {
-    std::size_t i = 0;
-    while (i < list.size()) {
-        std::size_t j = i + 1;
-        while (j < list.size() && !close_together(list[i], list[j])) ++j;
-        if (j == list.size()) {
-            ++i;
-            continue;
-        }
-        absorb(list[i], list[j]);
-        list.erase(list.begin() + static_cast<std::ptrdiff_t>(j));
-        i = 0;  // the union may be close to boxes that were passed before
-    }
-}
-
 // Whether another box, at least as large, holds the centre of box i. Two equal boxes may cover each other; both then go
 // (deliberate).
 bool covered(const std::vector<con_info>& list, std::size_t i) {
@@ -237,7 +200,7 @@ int foreground_analysis::get_stable_rects(std::vector<con_info>& fire_rects, fd_
 int foreground_analysis::get_fire_rects(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb,
                                         std::vector<con_info>& components, std::vector<con_info>& fire_rects,
                                         bool& found) {
-    merge_close(components);
+    m_merger.merge(components);
     found = !components.empty();
     for (std::size_t i = 0; i < components.size(); ++i) {
         if (covered(components, i)) continue;

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "channel/box_merger.h"
 #include "imgproc/common.h"
 
 namespace orva_fd {
@@ -50,6 +51,7 @@ private:
 
     std::vector<std::vector<con_info>> m_history;  // merged lists of the last frames that had any, oldest first
     int m_stable_thresh;
+    box_merger m_merger;
 };
 
 }  // namespace orva_fd
