@@ -166,7 +166,7 @@ private:
     std::vector<picture> m_turns;
     int m_columns;
     int m_rows;
-    int m_luma[2] = {230, 170};
+    int m_luma[2] = {235, 190};
     int m_chroma[2] = {90, 150};
     int m_turn = 2;
     int m_background[4];
@@ -236,9 +236,9 @@ std::vector<painting> constructed_paintings() {
         "grid 12 12 160 130 22 22 2 3",
         "salt: background 60 180 128 128; salt 0 0 176 144 120 1",
         "much salt: background 60 180 128 128; salt 0 0 176 144 450 2",
-        "everything burns: background 170 230 90 150",
-        "everything at the colour limit: background 151 206 100 129; luma 206 151; chroma 119 121; "
-        "grid 0 0 176 144 2 1 1 1",
+        "everything burns: background 190 235 90 150",
+        "everything at the colour limit: background 225 180 100 133; luma 224 181; chroma 100 134; grid 0 0 176 144 2 "
+        "1 1 1",
         "nested frames: frame 0 0 176 144; frame 22 22 132 100; frame 44 44 88 56; frame 66 60 44 24",
         "diagonals: line 0 0 120 120; line 30 0 150 120; line 60 0 175 115; line 0 30 110 140; line 0 60 80 140; "
         "line 90 0 175 85; line 0 90 50 140; line 120 0 175 55; line 150 0 175 25",
