@@ -70,7 +70,7 @@ ORVA_FLAGS := -std=c++11 -fPIC -fvisibility=hidden -fvisibility-inlines-hidden -
 ORVA_OBJECT_DIR := $(OUT)/objects-$(ORVA_IVE)
 ORVA_OBJECTS := $(patsubst %.cpp,$(ORVA_OBJECT_DIR)/%.o,$(ORVA_FD_SOURCES) $(ORVA_SEAM_SOURCES))
 
-.PHONY: all clean
+.PHONY: all clean print-sources
 all: $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so
 
 $(ORVA_OBJECT_DIR)/%.o: $(ORVA_ROOT)/%.cpp
@@ -89,5 +89,9 @@ $(OUT)/liborva_fd.so: $(ORVA_OBJECTS) $(ORVA_ROOT)/cmake/orva_fd.map
 
 clean:
 	rm -rf $(OUT)/objects-OFF $(OUT)/objects-STANDIN $(OUT)/objects-SDK $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so*
+
+# The sources of the chosen build, for scripts.
+print-sources:
+	@echo $(ORVA_FD_SOURCES) $(ORVA_SEAM_SOURCES)
 
 -include $(ORVA_OBJECTS:.o=.d)
