@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "tests/fakes/standin.h"
-
 namespace fakes {
 
 camera::camera(int width, int height, int stride, int shift, std::uint32_t seed)
@@ -14,12 +12,7 @@ camera::camera(int width, int height, int stride, int shift, std::uint32_t seed)
       m_shift(shift),
       m_dice(seed),
       m_bytes(static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(height + (height + 1) / 2 + 1) +
-              static_cast<std::size_t>(shift)),
-      m_phys_addr(standin::register_frame(m_bytes.data(), m_bytes.size())) {}
-
-camera::~camera() {
-    standin::unregister_frame(m_bytes.data());
-}
+              static_cast<std::size_t>(shift)) {}
 
 unsigned char& camera::luma(int x, int y) {
     return m_bytes[static_cast<std::size_t>(m_shift + y * m_stride + x)];
@@ -74,7 +67,7 @@ fd_yuv_frame camera::next() {
     record.reserved = -1;
     const int offsets[2] = {m_shift, m_shift + m_height * m_stride};
     for (int plane = 0; plane < 2; ++plane) {
-        record.phys_addr[plane] = m_phys_addr + static_cast<std::uint32_t>(offsets[plane]);
+        if (m_phys_addr != 0) record.phys_addr[plane] = m_phys_addr + static_cast<std::uint32_t>(offsets[plane]);
         record.virt_addr[plane] = m_bytes.data() + offsets[plane];
         record.stride[plane] = static_cast<std::uint32_t>(m_stride);
     }

@@ -33,16 +33,20 @@ public:
     // stride: 0 for the width rounded up to a multiple of 16. shift: bytes between the block's aligned start and the
     // picture, so that addresses are off by as much.
     camera(int width, int height, int stride, int shift, std::uint32_t seed);
-    ~camera();
     camera(const camera&) = delete;
     camera& operator=(const camera&) = delete;
 
     // Draws the next picture and returns its record. The picture stays until the next call.
     fd_yuv_frame next();
 
+    std::vector<unsigned char>& bytes() { return m_bytes; }
+
     int flames = 1;
     bool noisy = true;  // luma noise of up to 6 to both sides
     bool burning = true;
+
+protected:
+    std::uint32_t m_phys_addr = 0;  // of the block
 
 private:
     void draw_scene();
@@ -56,7 +60,6 @@ private:
     int m_shift;
     dice m_dice;
     std::vector<unsigned char> m_bytes;
-    std::uint32_t m_phys_addr;
     int m_frame = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "tests/fakes/standin_engine.h"
 #include "tests/fakes/standin_limits.h"
 #include "tests/fakes/standin_memory.h"
+#include "tests/fakes/standin_records.h"
 #include "tests/fakes/standin_trace.h"
 
 namespace standin {
@@ -191,13 +192,6 @@ private:
 
 typedef std::lock_guard<std::mutex> guard;
 
-record named(call function, HI_BOOL flag) {
-    record what;
-    what.function = function;
-    what.flag = flag;
-    return what;
-}
-
 // A null argument: counted and kept like any other call.
 HI_S32 refuse_null(call function, HI_BOOL flag) {
     chip& the_chip = chip::instance();
@@ -212,10 +206,7 @@ HI_S32 allocate(call function, HI_U32* phys_addr, void** virt_addr, const char* 
                 HI_U32 length) {
     chip& the_chip = chip::instance();
     const guard held(the_chip.lock);
-    record what = named(function, HI_FALSE);
-    what.block_name = block == nullptr ? "" : block;
-    what.default_zone = zone == nullptr;
-    what.length = length;
+    record what = alloc_record(function, block, zone, length);
     scripted_answer reply = {HI_SUCCESS, false};
     if (the_chip.is_scripted(function, &reply)) {
         what.returned = reply.code;
@@ -234,15 +225,6 @@ HI_S32 allocate(call function, HI_U32* phys_addr, void** virt_addr, const char* 
 }
 
 }  // namespace
-
-const char* name_of(call function) {
-    static const char* const names[k_calls] = {
-        "HI_MPI_IVE_Sub",           "HI_MPI_IVE_DMA",      "HI_MPI_IVE_Dilate",
-        "HI_MPI_IVE_Thresh",        "HI_MPI_IVE_CSC",      "HI_MPI_IVE_CCL",
-        "HI_MPI_IVE_Query",         "HI_MPI_SYS_MmzAlloc", "HI_MPI_SYS_MmzAlloc_Cached",
-        "HI_MPI_SYS_MmzFlushCache", "HI_MPI_SYS_MmzFree"};
-    return names[static_cast<int>(function)];
-}
 
 void reset() {
     const guard held(chip::instance().lock);
@@ -374,69 +356,48 @@ HI_S32 HI_MPI_IVE_Sub(IVE_HANDLE* handle, IVE_SRC_IMAGE_S* first, IVE_SRC_IMAGE_
                       IVE_SUB_CTRL_S* control, HI_BOOL instant) {
     const guard held(chip::instance().lock);
     if (!handle || !first || !second || !dst || !control) return standin::refuse_null(call::sub, instant);
-    record job = standin::named(call::sub, instant);
-    job.images = {*first, *second, *dst};
-    job.sub = *control;
-    return chip::instance().submit(job, handle);
+    return chip::instance().submit(standin::sub_record(first, second, dst, control, instant), handle);
 }
 
 HI_S32 HI_MPI_IVE_DMA(IVE_HANDLE* handle, IVE_DATA_S* src, IVE_DST_DATA_S* dst, IVE_DMA_CTRL_S* control,
                       HI_BOOL instant) {
     const guard held(chip::instance().lock);
     if (!handle || !src || !dst || !control) return standin::refuse_null(call::dma, instant);
-    record job = standin::named(call::dma, instant);
-    job.data = {*src, *dst};
-    job.dma = *control;
-    return chip::instance().submit(job, handle);
+    return chip::instance().submit(standin::dma_record(src, dst, control, instant), handle);
 }
 
 HI_S32 HI_MPI_IVE_Dilate(IVE_HANDLE* handle, IVE_SRC_IMAGE_S* src, IVE_DST_IMAGE_S* dst, IVE_DILATE_CTRL_S* control,
                          HI_BOOL instant) {
     const guard held(chip::instance().lock);
     if (!handle || !src || !dst || !control) return standin::refuse_null(call::dilate, instant);
-    record job = standin::named(call::dilate, instant);
-    job.images = {*src, *dst, IVE_IMAGE_S()};
-    job.dilate = *control;
-    return chip::instance().submit(job, handle);
+    return chip::instance().submit(standin::dilate_record(src, dst, control, instant), handle);
 }
 
 HI_S32 HI_MPI_IVE_Thresh(IVE_HANDLE* handle, IVE_SRC_IMAGE_S* src, IVE_DST_IMAGE_S* dst, IVE_THRESH_CTRL_S* control,
                          HI_BOOL instant) {
     const guard held(chip::instance().lock);
     if (!handle || !src || !dst || !control) return standin::refuse_null(call::thresh, instant);
-    record job = standin::named(call::thresh, instant);
-    job.images = {*src, *dst, IVE_IMAGE_S()};
-    job.thresh = *control;
-    return chip::instance().submit(job, handle);
+    return chip::instance().submit(standin::thresh_record(src, dst, control, instant), handle);
 }
 
 HI_S32 HI_MPI_IVE_CSC(IVE_HANDLE* handle, IVE_SRC_IMAGE_S* src, IVE_DST_IMAGE_S* dst, IVE_CSC_CTRL_S* control,
                       HI_BOOL instant) {
     const guard held(chip::instance().lock);
     if (!handle || !src || !dst || !control) return standin::refuse_null(call::csc, instant);
-    record job = standin::named(call::csc, instant);
-    job.images = {*src, *dst, IVE_IMAGE_S()};
-    job.csc = *control;
-    return chip::instance().submit(job, handle);
+    return chip::instance().submit(standin::csc_record(src, dst, control, instant), handle);
 }
 
 HI_S32 HI_MPI_IVE_CCL(IVE_HANDLE* handle, IVE_IMAGE_S* image, IVE_DST_MEM_INFO_S* blob, IVE_CCL_CTRL_S* control,
                       HI_BOOL instant) {
     const guard held(chip::instance().lock);
     if (!handle || !image || !blob || !control) return standin::refuse_null(call::ccl, instant);
-    record job = standin::named(call::ccl, instant);
-    job.images = {*image, IVE_IMAGE_S(), IVE_IMAGE_S()};
-    job.memory = *blob;
-    job.ccl = *control;
-    return chip::instance().submit(job, handle);
+    return chip::instance().submit(standin::ccl_record(image, blob, control, instant), handle);
 }
 
 HI_S32 HI_MPI_IVE_Query(IVE_HANDLE handle, HI_BOOL* finished, HI_BOOL block) {
     const guard held(chip::instance().lock);
     if (finished == nullptr) return standin::refuse_null(call::query, block);
-    record what = standin::named(call::query, block);
-    what.handle = handle;
-    return chip::instance().query(what, finished);
+    return chip::instance().query(standin::query_record(handle, block), finished);
 }
 
 HI_S32 HI_MPI_SYS_MmzAlloc(HI_U32* phys_addr, HI_VOID** virt_addr, const HI_CHAR* block, const HI_CHAR* zone,
@@ -452,10 +413,7 @@ HI_S32 HI_MPI_SYS_MmzAlloc_Cached(HI_U32* phys_addr, HI_VOID** virt_addr, const 
 HI_S32 HI_MPI_SYS_MmzFlushCache(HI_U32 phys_addr, HI_VOID* virt_addr, HI_U32 length) {
     chip& the_chip = chip::instance();
     const guard held(the_chip.lock);
-    record what = standin::named(call::flush, HI_FALSE);
-    what.phys_addr = phys_addr;
-    what.virt_addr = virt_addr;
-    what.length = length;
+    record what = standin::memory_record(call::flush, phys_addr, virt_addr, length);
     standin::scripted_answer reply = {HI_SUCCESS, false};
     if (the_chip.is_scripted(call::flush, &reply)) {
         what.returned = reply.code;
@@ -468,9 +426,7 @@ HI_S32 HI_MPI_SYS_MmzFlushCache(HI_U32 phys_addr, HI_VOID* virt_addr, HI_U32 len
 HI_S32 HI_MPI_SYS_MmzFree(HI_U32 phys_addr, HI_VOID* virt_addr) {
     chip& the_chip = chip::instance();
     const guard held(the_chip.lock);
-    record what = standin::named(call::free, HI_FALSE);
-    what.phys_addr = phys_addr;
-    what.virt_addr = virt_addr;
+    record what = standin::memory_record(call::free, phys_addr, virt_addr, 0);
     standin::scripted_answer reply = {HI_SUCCESS, false};
     const bool scripted = the_chip.is_scripted(call::free, &reply);
     const bool released = the_chip.memory.release(phys_addr, virt_addr);

@@ -33,6 +33,15 @@ std::string mask_text(const IVE_DILATE_CTRL_S& control) {
 
 }  // namespace
 
+const char* name_of(call function) {
+    static const char* const names[k_calls] = {
+        "HI_MPI_IVE_Sub",           "HI_MPI_IVE_DMA",      "HI_MPI_IVE_Dilate",
+        "HI_MPI_IVE_Thresh",        "HI_MPI_IVE_CSC",      "HI_MPI_IVE_CCL",
+        "HI_MPI_IVE_Query",         "HI_MPI_SYS_MmzAlloc", "HI_MPI_SYS_MmzAlloc_Cached",
+        "HI_MPI_SYS_MmzFlushCache", "HI_MPI_SYS_MmzFree"};
+    return names[static_cast<int>(function)];
+}
+
 // "m2+352" is a byte of the second buffer; "host%16=0" is somewhere else, in a frame of the host's.
 std::string trace_text::place(HI_U32 phys_addr) const {
     const auto after = m_buffers.upper_bound(phys_addr);

@@ -4,14 +4,14 @@
 #include <iostream>
 #include <vector>
 
-#include "tests/fakes/camera.h"
 #include "tests/fakes/channel_pair.h"
+#include "tests/fakes/chip_camera.h"
 #include "tests/fakes/chip_test.h"
 
 namespace {
 
-using fakes::camera;
 using fakes::channel_pair;
+using fakes::chip_camera;
 using fakes::dice;
 using fakes::pair_totals;
 
@@ -31,7 +31,7 @@ protected:
         pair.set_sensitive(chance.between(0, 1) * 100);
         for (std::size_t i = 0; i < sizes.size() && !HasFailure(); ++i) {
             const int spare = chance.below(2) * 16;
-            camera view(sizes[i].width, sizes[i].height, (sizes[i].width + 15) / 16 * 16 + spare, 0, seed + 100u);
+            chip_camera view(sizes[i].width, sizes[i].height, (sizes[i].width + 15) / 16 * 16 + spare, 0, seed + 100u);
             view.flames = chance.between(1, 2);
             for (int frame = 0; frame < frames_each && !HasFailure(); ++frame) {
                 view.burning = frame % 90 < 75;
@@ -68,7 +68,7 @@ TEST_F(accelerated_channel, agrees_whatever_the_alignment_of_buffers) {
 
 TEST_F(accelerated_channel, agrees_while_waits_time_out) {
     channel_pair pair(fakes::whole_picture());
-    camera view(96, 80, 0, 0, 4);
+    chip_camera view(96, 80, 0, 0, 4);
     for (int frame = 0; frame < 80 && !HasFailure(); ++frame) {
         standin::time_out_queries(frame % 4);
         EXPECT_EQ(pair.compare(view.next()), "") << "frame " << frame;
@@ -78,7 +78,7 @@ TEST_F(accelerated_channel, agrees_while_waits_time_out) {
 // The first job of a frame is waited for alone, so a reset of the engine loses nothing else.
 TEST_F(accelerated_channel, agrees_when_the_engine_is_reset_under_a_job_that_is_alone) {
     channel_pair pair(fakes::whole_picture());
-    camera view(96, 80, 0, 0, 5);
+    chip_camera view(96, 80, 0, 0, 5);
     for (int frame = 0; frame < 80 && !HasFailure(); ++frame) {
         standin::time_out_engine(frame % 3);
         EXPECT_EQ(pair.compare(view.next()), "") << "frame " << frame;

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "tests/fakes/camera.h"
 #include "tests/fakes/channel_pair.h"
+#include "tests/fakes/chip_camera.h"
 #include "tests/fakes/chip_test.h"
 #include "tests/support/log_text.h"
 #include "tests/support/rows.h"
@@ -15,8 +15,8 @@
 
 namespace {
 
-using fakes::camera;
 using fakes::channel_pair;
+using fakes::chip_camera;
 using fakes::dice;
 using fakes::pair_totals;
 
@@ -26,20 +26,20 @@ protected:
 };
 
 // Sizes, strides and addresses of which some qualify for everything, some for nothing, some in part.
-std::unique_ptr<camera> some_camera(dice& chance, std::uint32_t seed) {
+std::unique_ptr<chip_camera> some_camera(dice& chance, std::uint32_t seed) {
     static const int sizes[][2] = {{96, 80}, {96, 80}, {96, 80}, {95, 80}, {96, 79}, {62, 60}, {31, 40}, {128, 96}};
     const int(&size)[2] = sizes[chance.below(8)];
     const int aligned = (size[0] + 15) / 16 * 16;
     const int stride = chance.one_in(3) ? aligned + 2 * chance.between(1, 7) : aligned;
     const int shift = chance.one_in(3) ? chance.between(1, 15) : 0;
-    return std::make_unique<camera>(size[0], size[1], stride, shift, seed);
+    return std::make_unique<chip_camera>(size[0], size[1], stride, shift, seed);
 }
 
 pair_totals play(std::uint32_t seed, int frames) {
     dice chance(seed);
     channel_pair pair(fakes::whole_picture());
     pair.set_sensitive(100);
-    std::unique_ptr<camera> view = some_camera(chance, seed);
+    std::unique_ptr<chip_camera> view = some_camera(chance, seed);
     for (int frame = 0; frame < frames && !testing::Test::HasFailure(); ++frame) {
         if (chance.one_in(6)) view = some_camera(chance, seed + static_cast<std::uint32_t>(frame));
         EXPECT_EQ(pair.compare(view->next()), "") << "seed " << seed << ", frame " << frame;
@@ -70,7 +70,7 @@ TEST_F(mixed_channel_full, agrees_with_its_twin_on_5000_frames) {
 class changing_address : public mixed_channel {
 protected:
     changing_address() {
-        for (camera* view : {&plain, &shifted}) {
+        for (chip_camera* view : {&plain, &shifted}) {
             view->noisy = false;
             view->burning = false;
         }
@@ -80,8 +80,8 @@ protected:
     }
     static orva_fd::pre_process& stage(channel_pair& pair) { return orva_fd::test_access::stage(pair.channel()); }
 
-    camera plain{96, 80, 0, 0, 1};
-    camera shifted{96, 80, 0, 4, 1};
+    chip_camera plain{96, 80, 0, 0, 1};
+    chip_camera shifted{96, 80, 0, 4, 1};
 };
 
 // A shifted frame runs its difference and colour in software, everything else on the engine: its copies and the mask's
@@ -130,7 +130,7 @@ TEST_F(changing_address, frames_that_are_always_shifted_take_the_difference_agai
 // A stride of no whole 16s keeps the copy of the luma in software as well, next to the difference that needs it.
 TEST_F(mixed_channel, frames_with_an_odd_stride_keep_the_last_picture_where_software_finds_it) {
     channel_pair pair(fakes::whole_picture());
-    camera view(96, 80, 104, 0, 1);
+    chip_camera view(96, 80, 104, 0, 1);
     view.noisy = false;
     view.burning = false;
     for (int frame = 0; frame < 6; ++frame) {
@@ -156,7 +156,7 @@ class small_window : public mixed_channel, public testing::WithParamInterface<sm
 TEST_P(small_window, gives_the_same_code_on_every_frame) {
     const small_row& row = GetParam();
     channel_pair pair(fakes::whole_picture());
-    camera view(row.width, row.height, row.stride, 0, 9);
+    chip_camera view(row.width, row.height, row.stride, 0, 9);
     for (int frame = 0; frame < 5; ++frame) {
         EXPECT_EQ(pair.compare(view.next()), "");
         EXPECT_EQ(pair.last_code(), row.code) << "frame " << frame;
@@ -176,7 +176,7 @@ INSTANTIATE_TEST_SUITE_P(
 // A region of 61 x 61 on a stride of whole 16s is widened to an even size first, and fails.
 TEST_F(mixed_channel, an_odd_region_is_widened_to_an_even_one_and_fails_if_it_is_small) {
     channel_pair pair({0, 96, 0, 80, 61, 96, 61, 80});
-    camera view(96, 80, 0, 0, 10);
+    chip_camera view(96, 80, 0, 0, 10);
     EXPECT_EQ(pair.compare(view.next()), "");
     EXPECT_EQ(pair.last_code(), 4);
 }

@@ -8,15 +8,15 @@
 #include <vector>
 
 #include "ORVA_FireDetection.h"
-#include "tests/fakes/camera.h"
 #include "tests/fakes/channel_pair.h"
+#include "tests/fakes/chip_camera.h"
 #include "tests/fakes/chip_test.h"
 #include "tests/support/capture.h"
 #include "tests/support/log_text.h"
 
 namespace {
 
-using fakes::camera;
+using fakes::chip_camera;
 using standin::call;
 using support::entered;
 using support::error_line;
@@ -125,7 +125,7 @@ protected:
 TEST_F(vendor_faults, a_frame_makes_these_twenty_calls) {
     int handle = -1;
     ASSERT_EQ(start(&handle).status, 0);
-    camera view(96, 80, 0, 0, 1);
+    chip_camera view(96, 80, 0, 0, 1);
     fd_result result = fd_result();
     frame(handle, view.next(), &result);  // adopts the size, with one copy more
     standin::reset();
@@ -210,7 +210,7 @@ void play_with_fault(long nth) {
     standin::keep_records(false);
     int handle = -1;
     ASSERT_EQ(ORVA_FireDetection_Start(&handle, fakes::whole_picture()), 0);
-    camera view(64, 64, 0, 0, 2);
+    chip_camera view(64, 64, 0, 0, 2);
     fd_result result = fd_result();
     support::output_of([&] { ORVA_FireDetection_SetFrame(handle, view.next(), &result); });
     standin::fail_any(nth, false);
@@ -255,7 +255,7 @@ TEST_F(vendor_faults, everything_failing_from_some_call_on_fails_every_frame_and
         standin::reset();
         int handle = -1;
         ASSERT_EQ(start(&handle).status, 0);
-        camera view(64, 64, 0, 0, 3);
+        chip_camera view(64, 64, 0, 0, 3);
         fd_result result = fd_result();
         EXPECT_EQ(frame(handle, view.next(), &result).status, 0);
         standin::fail_any(nth, true);
@@ -287,7 +287,7 @@ TEST_F(vendor_faults, a_failing_release_is_ignored) {
 TEST_F(vendor_faults, the_copy_of_a_size_change_may_fail) {
     int handle = -1;
     ASSERT_EQ(start(&handle).status, 0);
-    camera view(96, 80, 0, 0, 4);
+    chip_camera view(96, 80, 0, 0, 4);
     fd_result result = fd_result();
     standin::answer(call::dma, 1, HI_ERR_IVE_NOTREADY);
     const support::outcome got = frame(handle, view.next(), &result);
@@ -300,7 +300,7 @@ TEST_F(vendor_faults, the_copy_of_a_size_change_may_fail) {
 TEST_F(vendor_faults, a_stop_after_a_failed_wait_takes_the_memory_from_a_job) {
     int handle = -1;
     ASSERT_EQ(start(&handle).status, 0);
-    camera view(96, 80, 0, 0, 5);
+    chip_camera view(96, 80, 0, 0, 5);
     fd_result result = fd_result();
     EXPECT_EQ(frame(handle, view.next(), &result).status, 0);
     standin::answer(call::query, 1, HI_ERR_IVE_NOTREADY);
@@ -318,7 +318,7 @@ TEST_F(vendor_faults, a_stop_after_a_failed_wait_takes_the_memory_from_a_job) {
 TEST_F(vendor_faults, a_reset_under_the_first_dilation_loses_the_threshold_before_it) {
     int handle = -1;
     ASSERT_EQ(start(&handle).status, 0);
-    camera view(96, 80, 0, 0, 6);
+    chip_camera view(96, 80, 0, 0, 6);
     fd_result result = fd_result();
     for (int number = 0; number < 3; ++number) EXPECT_EQ(frame(handle, view.next(), &result).status, 0);
     EXPECT_EQ(standin::undefined_results(), 0);
@@ -335,7 +335,7 @@ TEST_F(vendor_faults, a_reset_under_the_first_dilation_loses_the_threshold_befor
 TEST_F(vendor_faults, a_region_below_64_x_64_fails_with_4_on_every_frame) {
     int handle = -1;
     ASSERT_EQ(ORVA_FireDetection_Start(&handle, {16, 96, 16, 80, 48, 96, 64, 80}), 0);
-    camera view(96, 80, 0, 0, 7);
+    chip_camera view(96, 80, 0, 0, 7);
     fd_result result;
     std::memset(&result, 0x5A, sizeof result);
     const fd_result before = result;

@@ -1,0 +1,94 @@
+#!/bin/sh
+# Builds the library in every way that needs a folder of a vendor's, with folders made here: plain make with each choice
+# of accelerator, and CMake with an SDK. Headers of another chip generation must not compile. In a build without the
+# accelerator nothing of the vendor's may be compiled, and outside two folders nothing of it may be written.
+# usage: check_builds.sh SOURCE STANDIN_LIBRARY COMPILER
+set -eu
+source=$1
+standin=$2
+compiler=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+cp -r "$source/tests/fakes/sdk" "$work/include"
+mkdir "$work/lib"
+cp "$standin" "$work/lib/libive.so"
+cp "$standin" "$work/lib/libmpi.so"
+
+six="ORVA_FireDetection_Init ORVA_FireDetection_SetFrame ORVA_FireDetection_SetSensitiveGrade"
+six="$six ORVA_FireDetection_Start ORVA_FireDetection_Stop ORVA_FireDetection_UnInit"
+
+echo "== plain make"
+for choice in OFF STANDIN SDK; do
+    make -s -f "$source/sources.mk" -j2 CXX="$compiler" ORVA_IVE=$choice ORVA_SDK_INCLUDE="$work/include" \
+        CXXFLAGS="-O1 -Werror" OUT="$work/$choice" >/dev/null
+    exported=$(nm -D --defined-only "$work/$choice/liborva_fd.so" | awk '{print $3}' | sort | tr '\n' ' ')
+    [ "$exported" = "$six " ] || fail "$choice exports: $exported"
+    readelf -d "$work/$choice/liborva_fd.so" | grep -q 'SONAME.*\[liborva_fd.so.1\]' || fail "$choice: no SONAME"
+    vendor=$(nm "$work/$choice/liborva_fd.a" 2>/dev/null | grep -c ' U HI_MPI_' || true)
+    case $choice in
+    OFF) [ "$vendor" = 0 ] || fail "OFF refers to $vendor vendor functions" ;;
+    *) [ "$vendor" = 11 ] || fail "$choice refers to $vendor vendor functions, not to the eleven" ;;
+    esac
+done
+for choice in NONE SDK; do
+    if make -s -f "$source/sources.mk" ORVA_IVE=$choice OUT="$work/none" 2>/dev/null; then fail "make took $choice"; fi
+done
+
+echo "== headers of other generations"
+# usage: must_not_compile WHAT SED_EXPRESSION EXPECTED_MESSAGE
+must_not_compile() {
+    rm -rf "$work/other"
+    mkdir "$work/other"
+    sed "$2" "$source/backend/hisi_sdk_declarations.h" >"$work/other/mpi_ive.h"
+    : >"$work/other/mpi_sys.h"
+    if make -s -f "$source/sources.mk" CXX="$compiler" ORVA_IVE=SDK ORVA_SDK_INCLUDE="$work/other" OUT="$work/wrong" \
+        >"$work/other.log" 2>&1; then
+        fail "$1 was taken"
+    fi
+    grep -q "$3" "$work/other.log" || fail "$1 was refused, but not for that"
+}
+must_not_compile "a labelling control without its mode" 's/ *IVE_CCL_MODE_E enMode;//' 'IVE_CCL_CTRL_S.*enMode'
+must_not_compile "a labelling control with its fields swapped" \
+    's/HI_U16 u16InitAreaThr;/HI_U16 kept;/; s/HI_U16 u16Step;.*/HI_U16 u16Step; HI_U16 u16InitAreaThr;/' 'older chip'
+must_not_compile "an image with 64-bit addresses" 's/HI_U32 u32PhyAddr\[3\]/HI_U64 u32PhyAddr[3]/' 'size of an image'
+must_not_compile "an image with 32-bit strides" 's/HI_U16 u16Stride\[3\]/HI_U32 u16Stride[3]/' 'strides and size of an image'
+must_not_compile "another number for labelling with 8 neighbours" 's/IVE_CCL_MODE_8C = 1/IVE_CCL_MODE_8C = 2/' 'modes'
+
+echo "== CMake with an SDK"
+configure() {
+    cmake -S "$source" -B "$work/cmake" -DCMAKE_CXX_COMPILER="$compiler" -DORVA_WERROR=ON "$@" >"$work/cmake.log" 2>&1
+}
+must_not_configure() {
+    if configure "$@"; then fail "CMake took $*"; fi
+}
+must_not_configure -DORVA_IVE=SDK -DORVA_SDK_INCLUDE="$work" -DORVA_SDK_LIB="$work/lib"
+must_not_configure -DORVA_IVE=SDK -DORVA_SDK_INCLUDE="$work/include" -DORVA_SDK_LIB="$work"
+must_not_configure -DORVA_IVE=NONE
+configure -DORVA_IVE=SDK -DORVA_SDK_INCLUDE="$work/include" -DORVA_SDK_LIB="$work/lib" || {
+    cat "$work/cmake.log"
+    fail "CMake refused the SDK"
+}
+cmake --build "$work/cmake" --target orva_fd orva_fd_static -j2 >"$work/build.log" 2>&1 || {
+    cat "$work/build.log"
+    fail "the build with an SDK failed"
+}
+
+echo "== vendor words"
+# Strings are log text and may name vendor functions; identifiers may not. ORVA_IVE... is ours.
+sources=$(cd "$source" && find . -path ./backend -prune -o -path ./tests -prune -o -name '.*' -name '.?*' -prune -o \
+    '(' -name '*.[ch]' -o -name '*.cpp' ')' -print)
+for file in $sources; do
+    if sed 's/"[^"]*"//g; s,//.*,,' "$source/$file" | grep -nE '\b(HI|IVE)_[A-Z]'; then fail "vendor words in $file"; fi
+done
+for file in $(cd "$source" && make -s -f sources.mk print-sources ORVA_IVE=OFF); do
+    if "$compiler" -std=c++11 -E -P -I"$source" -I"$source/include" "$source/$file" | sed 's/"[^"]*"//g' |
+        grep -E '\b(HI|IVE)_[A-Z]'; then
+        fail "$file compiles vendor words without an accelerator"
+    fi
+done
+echo "all builds are as they should be"
