@@ -1,5 +1,6 @@
 // The still part of the scene: a store room with a shelf, a roller door, a window at dusk, and a heap of cardboard.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_BACKDROP_H
+#define ORVA_APPS_FLAME_CLIP_BACKDROP_H
 
 #include <cstdint>
 
@@ -15,3 +16,5 @@ const float k_heap_y = 0.80f;
 canvas paint_backdrop(int width, int height, uint32_t seed);
 
 }  // namespace flame_clip
+
+#endif

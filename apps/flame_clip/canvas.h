@@ -1,6 +1,7 @@
 // A picture to paint on, in floating-point RGB from 0 to 1, and soft-edged shapes. Places are in units of the picture's
 // height, so that a scene looks alike at every size: x runs from 0 to the aspect ratio, y from 0 at the top to 1.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_CANVAS_H
+#define ORVA_APPS_FLAME_CLIP_CANVAS_H
 
 #include <algorithm>
 #include <cmath>
@@ -89,3 +90,5 @@ private:
 };
 
 }  // namespace flame_clip
+
+#endif

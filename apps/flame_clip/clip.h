@@ -1,5 +1,6 @@
 // Turns a scene into an mp4 file and the true boxes beside it.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_CLIP_H
+#define ORVA_APPS_FLAME_CLIP_CLIP_H
 
 #include <string>
 
@@ -22,3 +23,5 @@ std::string truth_name(const std::string& clip);
 void make_clip(const clip_settings& settings);
 
 }  // namespace flame_clip
+
+#endif

@@ -1,5 +1,6 @@
 // A flame: tongues that rise, lean and break off, growing from a first lick to a fire of the given size.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_FLAME_H
+#define ORVA_APPS_FLAME_CLIP_FLAME_H
 
 #include <optional>
 
@@ -38,3 +39,5 @@ private:
 };
 
 }  // namespace flame_clip
+
+#endif

@@ -1,5 +1,6 @@
 // Repeatable randomness: the same seed gives the same numbers on every machine.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_NOISE_H
+#define ORVA_APPS_FLAME_CLIP_NOISE_H
 
 #include <cstdint>
 
@@ -37,3 +38,5 @@ private:
 };
 
 }  // namespace flame_clip
+
+#endif

@@ -1,5 +1,6 @@
 // People who walk through the scene: warm-coloured and moving, but no fire.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_PEOPLE_H
+#define ORVA_APPS_FLAME_CLIP_PEOPLE_H
 
 #include "apps/flame_clip/canvas.h"
 
@@ -17,3 +18,5 @@ struct person_look {
 void paint_person(canvas& picture, point feet, float height, float stride, float facing, const person_look& look);
 
 }  // namespace flame_clip
+
+#endif

@@ -1,5 +1,6 @@
 // The whole clip, picture by picture: the still room, people who walk through it, lamps, and from the onset on a flame.
-#pragma once
+#ifndef ORVA_APPS_FLAME_CLIP_SCENE_H
+#define ORVA_APPS_FLAME_CLIP_SCENE_H
 
 #include <cstdint>
 #include <optional>
@@ -41,3 +42,5 @@ private:
 };
 
 }  // namespace flame_clip
+
+#endif

@@ -1,5 +1,6 @@
 // Source pictures with boxes drawn in, as 8-bit yuv420p with the range and matrix that the source has.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_ANNOTATE_H
+#define ORVA_APPS_ORVA_FIRE_ANNOTATE_H
 
 #include <vector>
 
@@ -28,3 +29,5 @@ void fill(AVFrame& picture, const box& where, int red, int green, int blue);
 void draw_frame(AVFrame& picture, const box& where, int thickness, int red, int green, int blue);
 
 }  // namespace orva_fire
+
+#endif

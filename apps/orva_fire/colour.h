@@ -1,5 +1,6 @@
 // What a decoded picture's numbers mean: range, matrix, and whether that is something the detector can use.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_COLOUR_H
+#define ORVA_APPS_ORVA_FIRE_COLOUR_H
 
 #include <cstdint>
 #include <string>
@@ -41,3 +42,5 @@ struct yuv_colour {
 yuv_colour yuv_of(int red, int green, int blue, bool full_range, AVColorSpace matrix);
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // The whole way from a video file to annotated video, events and snapshots.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_DETECT_H
+#define ORVA_APPS_ORVA_FIRE_DETECT_H
 
 #include "apps/orva_fire/options.h"
 
@@ -10,3 +11,5 @@ namespace orva_fire {
 int run_detect(const detect_options& options);
 
 }  // namespace orva_fire
+
+#endif

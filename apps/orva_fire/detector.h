@@ -1,5 +1,6 @@
 // The library behind two owners: the process-wide session, and a channel for one region of the source picture.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_DETECTOR_H
+#define ORVA_APPS_ORVA_FIRE_DETECTOR_H
 
 #include <vector>
 
@@ -44,3 +45,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

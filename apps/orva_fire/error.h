@@ -1,5 +1,6 @@
 // What can go wrong in the programs, as exceptions that main turns into a line on standard error and an exit code.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_ERROR_H
+#define ORVA_APPS_ORVA_FIRE_ERROR_H
 
 #include <stdexcept>
 #include <string>
@@ -27,3 +28,5 @@ public:
 };
 
 }  // namespace orva_fire
+
+#endif

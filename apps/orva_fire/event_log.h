@@ -1,5 +1,6 @@
 // Events as JSON Lines: one object a line, written through at once, so that a reader on the other end sees it.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_EVENT_LOG_H
+#define ORVA_APPS_ORVA_FIRE_EVENT_LOG_H
 
 #include <string>
 
@@ -32,3 +33,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

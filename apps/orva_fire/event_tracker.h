@@ -1,6 +1,7 @@
 // Turns the boxes of one picture after the other into events: a report starts, changes and ends. Knows no library, no
 // video and no file, only numbers.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_EVENT_TRACKER_H
+#define ORVA_APPS_ORVA_FIRE_EVENT_TRACKER_H
 
 #include <cstdint>
 #include <optional>
@@ -61,3 +62,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // Owners for the objects of the FFmpeg libraries, and the few helpers that everybody needs.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_FFMPEG_H
+#define ORVA_APPS_ORVA_FIRE_FFMPEG_H
 
 #include <memory>
 #include <string>
@@ -46,3 +47,5 @@ std::string error_text(int error);
 std::string file_url(const std::string& path);
 
 }  // namespace orva_fire
+
+#endif

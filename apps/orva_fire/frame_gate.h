@@ -1,5 +1,6 @@
 // Which pictures are passed to the detector. The library counts in frames, so a picture is passed once or not at all.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_FRAME_GATE_H
+#define ORVA_APPS_ORVA_FIRE_FRAME_GATE_H
 
 #include "apps/orva_fire/ffmpeg.h"
 
@@ -34,3 +35,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

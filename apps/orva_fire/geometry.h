@@ -1,5 +1,6 @@
 // Sizes, boxes and regions: everything about where, nothing about pixels' values.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_GEOMETRY_H
+#define ORVA_APPS_ORVA_FIRE_GEOMETRY_H
 
 #include <string>
 #include <vector>
@@ -67,3 +68,5 @@ box to_source(const box& seen, picture_size analysis, const box& region);
 box to_per_mille(const box& pixels, picture_size picture);
 
 }  // namespace orva_fire
+
+#endif

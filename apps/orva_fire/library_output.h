@@ -1,6 +1,7 @@
 // Keeps the detector's log lines away from the program's standard output. The library prints them to descriptor 1, so
 // that descriptor is moved before the library is initialised; what was there stays reachable as own_output().
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_LIBRARY_OUTPUT_H
+#define ORVA_APPS_ORVA_FIRE_LIBRARY_OUTPUT_H
 
 #include <cstdint>
 #include <string>
@@ -35,3 +36,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // Pictures as the detector wants them, and the way from a source picture to one.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_NV21_H
+#define ORVA_APPS_ORVA_FIRE_NV21_H
 
 #include <cstdint>
 #include <vector>
@@ -46,3 +47,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

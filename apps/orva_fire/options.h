@@ -1,5 +1,6 @@
 // The command line of orva-fire.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_OPTIONS_H
+#define ORVA_APPS_ORVA_FIRE_OPTIONS_H
 
 #include <optional>
 #include <string>
@@ -30,3 +31,5 @@ struct command {
 command parse_command_line(int argc, const char* const* argv);
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // Makes decoded pictures upright, progressive and of one size. Pictures that are all that already pass untouched.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_PICTURE_FILTER_H
+#define ORVA_APPS_ORVA_FIRE_PICTURE_FILTER_H
 
 #include <cstdint>
 #include <deque>
@@ -60,3 +61,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

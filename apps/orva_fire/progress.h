@@ -1,5 +1,6 @@
 // The line on a terminal that says how far the work is. On anything else than a terminal nothing is shown.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_PROGRESS_H
+#define ORVA_APPS_ORVA_FIRE_PROGRESS_H
 
 #include <chrono>
 #include <cstdint>
@@ -35,3 +36,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // One conversion of pictures: size, pixel format, range and matrix, with the exact meaning of every number kept.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_SCALER_H
+#define ORVA_APPS_ORVA_FIRE_SCALER_H
 
 #include "apps/orva_fire/colour.h"
 #include "apps/orva_fire/ffmpeg.h"
@@ -24,3 +25,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // Single pictures as JPEG files, and the book-keeping of which to take for an event.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_SNAPSHOT_H
+#define ORVA_APPS_ORVA_FIRE_SNAPSHOT_H
 
 #include <map>
 #include <string>
@@ -36,3 +37,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

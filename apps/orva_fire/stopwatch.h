@@ -1,5 +1,6 @@
 // A clock that adds up the time of one kind of work.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_STOPWATCH_H
+#define ORVA_APPS_ORVA_FIRE_STOPWATCH_H
 
 #include <chrono>
 
@@ -28,3 +29,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

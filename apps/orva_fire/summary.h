@@ -1,5 +1,6 @@
 // The closing words of a run.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_SUMMARY_H
+#define ORVA_APPS_ORVA_FIRE_SUMMARY_H
 
 #include <cstdint>
 #include <optional>
@@ -26,3 +27,5 @@ struct run_summary {
 std::string summary_text(const run_summary& run);
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // Reads the pictures of a video file one after the other: upright, progressive, each with its time.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_VIDEO_SOURCE_H
+#define ORVA_APPS_ORVA_FIRE_VIDEO_SOURCE_H
 
 #include <cstdint>
 #include <memory>
@@ -83,3 +84,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

@@ -1,5 +1,6 @@
 // Writes yuv420p pictures as H.264 in an mp4 file that plays while it is still being loaded.
-#pragma once
+#ifndef ORVA_APPS_ORVA_FIRE_VIDEO_WRITER_H
+#define ORVA_APPS_ORVA_FIRE_VIDEO_WRITER_H
 
 #include <cstdint>
 #include <memory>
@@ -51,3 +52,5 @@ private:
 };
 
 }  // namespace orva_fire
+
+#endif

@@ -1,0 +1,107 @@
+#include "tests/apps/run_program.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <sstream>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace apps_test {
+namespace {
+
+void check(bool good, const char* what) {
+    if (!good) throw std::runtime_error(std::string(what) + " failed");
+}
+
+struct ends {
+    int read = -1, write = -1;
+};
+
+ends open_pipe() {
+    std::array<int, 2> both{};
+    check(pipe2(both.data(), O_CLOEXEC) == 0, "pipe");
+    return {both[0], both[1]};
+}
+
+ends open_terminal() {
+    ends result;
+    check(openpty(&result.read, &result.write, nullptr, nullptr, nullptr) == 0, "openpty");
+    fcntl(result.read, F_SETFD, FD_CLOEXEC);
+    fcntl(result.write, F_SETFD, FD_CLOEXEC);
+    return result;
+}
+
+pid_t spawn(const std::vector<std::string>& command, const program_setting& setting, int output, int errors) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (!setting.folder.empty()) posix_spawn_file_actions_addchdir_np(&actions, setting.folder.c_str());
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    if (setting.closed_output) {
+        posix_spawn_file_actions_addclose(&actions, 1);
+    } else {
+        posix_spawn_file_actions_adddup2(&actions, output, 1);
+    }
+    posix_spawn_file_actions_adddup2(&actions, errors, 2);
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    pid_t child = -1;
+    const int status = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    check(status == 0, arguments[0]);
+    return child;
+}
+
+// Reads one descriptor that is ready. False at its end, which a terminal reports as an error.
+bool read_some(int descriptor, std::string& text) {
+    std::array<char, 4096> piece{};
+    const ssize_t got = read(descriptor, piece.data(), piece.size());
+    if (got <= 0) return false;
+    text.append(piece.data(), static_cast<size_t>(got));
+    return true;
+}
+
+void read_both(int output, int errors, program_result& result) {
+    std::array<pollfd, 2> waiting{{{output, POLLIN, 0}, {errors, POLLIN, 0}}};
+    while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
+        if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) return;
+        if (waiting[0].revents && !read_some(output, result.output)) waiting[0].fd = -1;
+        if (waiting[1].revents && !read_some(errors, result.errors)) waiting[1].fd = -1;
+    }
+}
+
+}  // namespace
+
+program_result run_program(const std::vector<std::string>& command, const program_setting& setting) {
+    const ends output = open_pipe();
+    const ends errors = setting.error_terminal ? open_terminal() : open_pipe();
+    const pid_t child = spawn(command, setting, output.write, errors.write);
+    close(output.write);
+    close(errors.write);
+    program_result result;
+    if (setting.reader_goes_away) close(output.read);
+    read_both(setting.reader_goes_away ? -1 : output.read, errors.read, result);
+    if (!setting.reader_goes_away) close(output.read);
+    close(errors.read);
+    int status = 0;
+    check(waitpid(child, &status, 0) == child, "waitpid");
+    if (WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
+    return result;
+}
+
+std::vector<nlohmann::json> json_lines(const std::string& text) {
+    std::vector<nlohmann::json> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(nlohmann::json::parse(line));
+    return lines;
+}
+
+}  // namespace apps_test

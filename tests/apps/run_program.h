@@ -1,0 +1,31 @@
+// Runs a program and gathers what it says.
+#ifndef ORVA_TESTS_APPS_RUN_PROGRAM_H
+#define ORVA_TESTS_APPS_RUN_PROGRAM_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace apps_test {
+
+struct program_result {
+    int exit_code = -1;  // -1 if a signal ended it
+    std::string output;  // standard output
+    std::string errors;  // standard error
+};
+
+struct program_setting {
+    std::string folder;             // to run in; empty: the caller's
+    bool error_terminal = false;    // standard error is a terminal
+    bool closed_output = false;     // the program starts without descriptor 1
+    bool reader_goes_away = false;  // nobody reads standard output
+};
+
+program_result run_program(const std::vector<std::string>& command, const program_setting& setting = {});
+
+// Each line of a text as JSON; throws if one is none.
+std::vector<nlohmann::json> json_lines(const std::string& text);
+
+}  // namespace apps_test
+
+#endif

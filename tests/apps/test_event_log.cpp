@@ -1,0 +1,101 @@
+// Events as lines of JSON.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/orva_fire/error.h"
+#include "apps/orva_fire/event_log.h"
+#include "tests/apps/clip_maker.h"
+
+namespace {
+
+using namespace orva_fire;
+
+fire_event event_of(event_kind kind) {
+    fire_event event;
+    event.kind = kind;
+    event.id = 3;
+    event.at = {157, 6.2801};
+    event.boxes = {{18, 36, 55, 74}};
+    event.started = {145, 5.8};
+    event.largest = {10, 20, 64, 90};
+    event.largest_at = {150, 6.0};
+    return event;
+}
+
+TEST(event_line, at_the_start_is_this) {
+    EXPECT_EQ(event_line(event_of(event_kind::start), "picture", {640, 360}, "event-0003-start.jpg"),
+              R"({"schema":1,"event":"start","id":3,"zone":"picture","frame":157,"seconds":6.28,)"
+              R"("boxes":[{"x":18,"y":36,"width":55,"height":74,)"
+              R"("per_mille":{"x":28,"y":100,"width":86,"height":206}}],"snapshot":"event-0003-start.jpg"})");
+}
+
+TEST(event_line, of_an_update_has_no_snapshot) {
+    const auto line = nlohmann::json::parse(event_line(event_of(event_kind::update), "picture", {640, 360}, ""));
+    EXPECT_EQ(line["event"], "update");
+    EXPECT_FALSE(line.contains("snapshot"));
+    EXPECT_FALSE(line.contains("started"));
+}
+
+TEST(event_line, at_the_end_tells_the_whole_story) {
+    const auto line = nlohmann::json::parse(event_line(event_of(event_kind::end), "region 2", {640, 360}, "x.jpg"));
+    EXPECT_EQ(line["zone"], "region 2");
+    EXPECT_EQ(line["reason"], "gone");
+    EXPECT_EQ(line["started"], (nlohmann::json{{"frame", 145}, {"seconds", 5.8}}));
+    EXPECT_EQ(line["duration"], 0.48);
+    EXPECT_EQ(line["largest"]["frame"], 150);
+    EXPECT_EQ(line["largest"]["box"]["height"], 90);
+    EXPECT_EQ(line["largest"]["box"]["per_mille"]["height"], 250);
+}
+
+TEST(event_line, at_the_end_of_the_input_says_so) {
+    fire_event event = event_of(event_kind::end);
+    event.input_ended = true;
+    EXPECT_EQ(nlohmann::json::parse(event_line(event, "picture", {640, 360}, ""))["reason"], "input ended");
+}
+
+TEST(event_log, writes_each_line_through_at_once) {
+    const apps_test::temporary_folder folder;
+    event_log log(folder.file("events.jsonl"));
+    log.write("one");
+    EXPECT_EQ(apps_test::read_file(folder.file("events.jsonl")), "one\n");
+    log.write("two");
+    EXPECT_EQ(apps_test::read_file(folder.file("events.jsonl")), "one\ntwo\n");
+}
+
+TEST(event_log, empties_an_old_file) {
+    const apps_test::temporary_folder folder;
+    apps_test::write_file(folder.file("events.jsonl"), "old\n");
+    event_log log(folder.file("events.jsonl"));
+    EXPECT_EQ(apps_test::read_file(folder.file("events.jsonl")), "");
+}
+
+TEST(event_log, names_a_file_that_cannot_be_made) {
+    const apps_test::temporary_folder folder;
+    try {
+        event_log log(folder.file("no/such/folder"));
+        FAIL() << "made it";
+    } catch (const io_error& error) {
+        EXPECT_NE(std::string(error.what()).find("no/such/folder"), std::string::npos);
+    }
+}
+
+TEST(event_log, reports_a_full_disk) {
+    event_log log("/dev/full");
+    EXPECT_THROW(log.write("one"), io_error);
+}
+
+TEST(event_log, leaves_a_borrowed_descriptor_open) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    { event_log(ends[1], "pipe").write("one"); }
+    EXPECT_EQ(write(ends[1], "x", 1), 1);
+    char text[8] = {};
+    EXPECT_EQ(read(ends[0], text, sizeof text), 5);
+    EXPECT_STREQ(text, "one\nx");
+    close(ends[0]);
+    close(ends[1]);
+}
+
+}  // namespace
