@@ -90,9 +90,9 @@ bool build_may_be_timed(std::string* reason) {
 }
 
 double cycles_per_ns() {
-    const int steps = 2000000;
+    const int steps = 100000;
     double best = 0;
-    for (int attempt = 0; attempt < 5; ++attempt) {
+    for (int attempt = 0; attempt < 100; ++attempt) {
         std::uint64_t value = static_cast<std::uint64_t>(attempt);
         const std::int64_t before = now_ns();
         for (int i = 0; i < steps; ++i) {

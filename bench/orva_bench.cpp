@@ -15,16 +15,18 @@ struct options {
     std::string library;
     bool quick = false;
     bool row = false;
+    std::string plot;
     double search_seconds = 0;
     unsigned long seed = 1;
 };
 
 int usage() {
     std::fprintf(stderr,
-                 "usage: orva-bench --library PATH [--quick | --row | --search SECONDS [--seed N]]\n"
+                 "usage: orva-bench --library PATH [--quick | --row | --plot FILE | --search SECONDS [--seed N]]\n"
                  "  --library PATH    the liborva_fd.so to measure; alone: all tables, as Markdown\n"
                  "  --quick           a short table in some seconds\n"
                  "  --row             one line for the table of boards\n"
+                 "  --plot FILE       cost against pixels, components and channels, as SVG\n"
                  "  --search SECONDS  look for pictures that cost more than the known ones; print the worst ten\n");
     return 2;
 }
@@ -38,6 +40,8 @@ bool read_options(int argc, char** argv, options* o) {
             o->quick = true;
         } else if (word == "--row") {
             o->row = true;
+        } else if (word == "--plot" && i + 1 < argc) {
+            o->plot = argv[++i];
         } else if (word == "--search" && i + 1 < argc) {
             o->search_seconds = std::atof(argv[++i]);
         } else if (word == "--seed" && i + 1 < argc) {
@@ -73,6 +77,11 @@ int main(int argc, char** argv) {
     if (!bench::looks_optimised(stderr, everybody)) return 3;
     if (o.search_seconds > 0) return search(out, everybody, o);
     if (!bench::print_agreement(o.row ? stderr : out, everybody, o.quick)) return 1;
+    if (!o.plot.empty()) {
+        if (bench::write_plot(o.plot, everybody)) return 0;
+        std::fprintf(stderr, "%s cannot be written\n", o.plot.c_str());
+        return 1;
+    }
     if (o.quick) {
         bench::print_quick(out, everybody);
     } else if (o.row) {

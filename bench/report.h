@@ -3,6 +3,7 @@
 #define ORVA_BENCH_REPORT_H
 
 #include <cstdio>
+#include <string>
 
 #include "bench/cast.h"
 
@@ -26,6 +27,9 @@ void print_full(FILE* out, const cast& everybody);
 // One line of a table, for boards: date, processor, compiler and flags, version, microseconds of the quiet, the busy
 // and the worst frame (and how many times as fast as plain), busy frames cold at p50 and p99, channels on a core.
 void print_row(FILE* out, const cast& everybody);
+
+// Draws cost against pixels, components and channels into an SVG file; false if it cannot be written.
+bool write_plot(const std::string& path, const cast& everybody);
 
 }  // namespace bench
 

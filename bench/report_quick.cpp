@@ -79,11 +79,13 @@ void print_memory(FILE* out, const cast& everybody) {
 
 void print_machine(FILE* out, const cast& everybody) {
     const library_file file = inspect_library(everybody.library_path());
-    std::fprintf(out, "machine   %s, %d processors, %s, %.2f cycles/ns\n", processor_name().c_str(), processor_count(),
+    const std::string path = everybody.library_path();
+    std::fprintf(out, "- machine: %s, %d processors, %s, %.2f cycles/ns\n", processor_name().c_str(), processor_count(),
                  operating_system().c_str(), cycles_per_ns());
-    std::fprintf(out, "compiler  %s; flags: %s\n", build_compiler().c_str(), build_flags().c_str());
-    std::fprintf(out, "library   %s: %zu bytes of code, by %s\n", everybody.library_path().c_str(), file.code_bytes,
-                 file.compiler.c_str());
+    std::fprintf(out, "- compiler: %s; flags: %s\n", build_compiler().c_str(), build_flags().c_str());
+    std::fprintf(out, "- library: %s, version %d.%d.%d, %zu bytes of code, by %s\n",
+                 path.substr(path.rfind('/') + 1).c_str(), ORVA_FD_VERSION_MAJOR, ORVA_FD_VERSION_MINOR,
+                 ORVA_FD_VERSION_PATCH, file.code_bytes, file.compiler.c_str());
 }
 
 bool print_agreement(FILE* out, const cast& everybody, bool quick) {
@@ -98,7 +100,7 @@ bool print_agreement(FILE* out, const cast& everybody, bool quick) {
         std::fprintf(out, "The library does not give the plain text's results: %s\n", a.difference.c_str());
         return false;
     }
-    std::fprintf(out, "results   as the plain text's on %d frames of %zu scenes\n", frames, scenes.size());
+    std::fprintf(out, "- results: as the plain text's on %d frames of %zu scenes\n", frames, scenes.size());
     return true;
 }
 
