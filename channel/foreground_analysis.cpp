@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "imgproc/log.h"
+#include "imgproc/rows.h"
 #include "imgproc/status.h"
 
 namespace orva_fd {
@@ -40,34 +41,19 @@ bool covered(const std::vector<con_info>& list, std::size_t i) {
     return false;
 }
 
-struct box_counts {
-    int bright;      // pixels of luma above 128
-    int bright_sum;  // their luma
-    int fire;        // pixels set in the mask
-};
-
-box_counts count_box(const fd_yuv_frame* roi, const fd_yuv_frame* fg, const con_info& box) {
-    box_counts counts = {};
+bright_counts count_box(const fd_yuv_frame* roi, const fd_yuv_frame* fg, const con_info& box) {
+    bright_counts counts = {};
     for (int y = box.top; y <= box.bottom; ++y) {
-        const unsigned char* luma = plane_row(roi, 0, y);
-        const unsigned char* mask = plane_row(fg, 0, y);
-        for (int x = box.left; x <= box.right; ++x) {
-            const bool bright = luma[x] > k_bright;
-            counts.bright += bright ? 1 : 0;
-            counts.bright_sum += bright ? luma[x] : 0;
-            counts.fire += mask[x] & 1;
-        }
+        add_bright_row(plane_row(roi, 0, y) + box.left, plane_row(fg, 0, y) + box.left, box_width(box), k_bright,
+                       &counts);
     }
     return counts;
 }
 
 int sum_luma(const fd_yuv_frame* roi, int x, int y, int width, int height) {
-    int sum = 0;
-    for (int row = y; row < y + height; ++row) {
-        const unsigned char* luma = plane_row(roi, 0, row);
-        for (int column = x; column < x + width; ++column) sum += luma[column];
-    }
-    return sum;
+    uint32_t sum = 0;
+    for (int row = y; row < y + height; ++row) sum += sum_row(plane_row(roi, 0, row) + x, width);
+    return static_cast<int>(sum);
 }
 
 float ratio(int a, int b) {
@@ -217,14 +203,15 @@ int foreground_analysis::verify_fire(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv
     if (w < k_min_box_width || h < k_min_box_height || box->area < k_min_area) return k_not_fire;
 
     const int pixels = w * h;
-    const box_counts counts = count_box(roi, fg, *box);
-    if (counts.bright < pixels >> 3 || counts.fire < k_min_area || counts.fire < pixels >> 4) {
+    const bright_counts counts = count_box(roi, fg, *box);
+    const int bright = static_cast<int>(counts.bright);
+    const int fire = static_cast<int>(counts.fire);
+    if (bright < pixels >> 3 || fire < k_min_area || fire < pixels >> 4) {
         std::printf("ratio1 = %.2f, fire_area = %d, ratio = %.2f ==========\n",
-                    static_cast<double>(ratio(counts.bright, pixels)), counts.fire,
-                    static_cast<double>(ratio(counts.fire, pixels)));
+                    static_cast<double>(ratio(bright, pixels)), fire, static_cast<double>(ratio(fire, pixels)));
         return k_not_fire;
     }
-    const int centre = (counts.bright_sum + counts.bright / 2) / counts.bright;
+    const int centre = (static_cast<int>(counts.bright_sum) + bright / 2) / bright;
 
     const int mx = static_cast<int>(w * k_margin_share);
     const int my = static_cast<int>(h * k_margin_share);

@@ -1,5 +1,7 @@
 #include "imgproc/rows.h"
 
+#include <cstring>
+
 namespace orva_fd {
 
 namespace {
@@ -43,24 +45,51 @@ row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, in
     return motion;
 }
 
-// Each count runs over stretches short enough for a byte, which keeps 32 counters in one vector register.
+// Compilers know the processor's instruction for a sum of absolute differences, but only between two rows of bytes.
 ORVA_ROW_FUNCTION
-void add_motion_tail_row(const unsigned char* a, const unsigned char* b, int width, motion_tail* tail) {
-    const int stretch = 192;
-    unsigned char d[k_widest_row];
-    for (int x = 0; x < width; ++x) d[x] = distance(a[x], b[x]);
-    for (int k = 0; k < k_tail_length; ++k) {
-        const unsigned char limit = static_cast<unsigned char>(k_tail_first + k);
-        for (int first = 0; first < width; first += stretch) {
-            const int length = width - first < stretch ? width - first : stretch;
-            unsigned char count = 0;
-            for (int i = 0; i < length; ++i) count = static_cast<unsigned char>(count + (d[first + i] > limit ? 1 : 0));
-            tail->above[k] += count;
+uint32_t sum_distance_row(const unsigned char* src, int width, int value) {
+    unsigned char other[k_widest_row];
+    const int filled = width < k_widest_row ? width : k_widest_row;
+    for (int i = 0; i < filled; ++i) other[i] = static_cast<unsigned char>(value);
+    uint32_t sum = 0;
+    for (int first = 0; first < width; first += k_widest_row) {
+        const int length = width - first < k_widest_row ? width - first : k_widest_row;
+        for (int i = 0; i < length; ++i) {
+            const int difference = src[first + i] - other[i];
+            sum += static_cast<uint32_t>(difference < 0 ? -difference : difference);
         }
     }
+    return sum;
+}
+
+ORVA_ROW_FUNCTION
+uint32_t sum_row(const unsigned char* src, int width) {
     uint32_t sum = 0;
-    for (int x = 0; x < width; ++x) sum += d[x] > k_tail_first ? 0 : d[x];
-    tail->sum_at_or_below_first += sum;
+    for (int x = 0; x < width; ++x) sum += src[x];
+    return sum;
+}
+
+// Sums of a stretch fit 16 bits, which holds twice as many in a register as 32.
+ORVA_ROW_FUNCTION
+void add_bright_row(const unsigned char* luma, const unsigned char* mask, int width, int limit, bright_counts* counts) {
+    const int stretch = 240;
+    const unsigned char byte = static_cast<unsigned char>(limit);
+    for (int first = 0; first < width; first += stretch) {
+        const int length = width - first < stretch ? width - first : stretch;
+        uint16_t bright_sum = 0;
+        unsigned char bright = 0;
+        unsigned char fire = 0;
+        for (int x = first; x < first + length; ++x) {
+            bright = static_cast<unsigned char>(bright + (luma[x] > byte ? 1 : 0));
+            fire = static_cast<unsigned char>(fire + (mask[x] & 1));
+        }
+        for (int x = first; x < first + length; ++x) {
+            bright_sum = static_cast<uint16_t>(bright_sum + (luma[x] > byte ? luma[x] : 0));
+        }
+        counts->bright += bright;
+        counts->bright_sum += bright_sum;
+        counts->fire += fire;
+    }
 }
 
 // The three rows are joined first: the columns then need two more steps instead of eight. Done in stretches that fit a

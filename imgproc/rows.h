@@ -36,15 +36,38 @@ struct row_motion {
 };
 row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, int width);
 
-// What Otsu's search over k_tail_first .. k_tail_first + k_tail_length - 1 needs to know of differences in that range:
-// how many lie above each threshold, and the sum of those at or below the first.
-const int k_tail_first = 20;
-const int k_tail_length = 16;
-struct motion_tail {
-    uint32_t above[k_tail_length];
-    uint32_t sum_at_or_below_first;
+// Sum of |src - value|; value 0 gives the sum of the bytes. From sums for neighbouring values follow, without a
+// histogram, how many bytes lie above a limit and what they sum up to; see bytes_above.
+uint32_t sum_distance_row(const unsigned char* src, int width, int value);
+
+struct byte_tail {
+    uint32_t count;
+    uint32_t sum;
 };
-void add_motion_tail_row(const unsigned char* a, const unsigned char* b, int width, motion_tail* tail);
+
+// The bytes above limit among `count` bytes, whose distances from 0, limit and limit + 1 have the given sums. A byte
+// above the limit is one nearer to limit + 1 than to limit, any other one farther away, so the two sums differ by twice
+// the bytes above less all of them. And what the bytes above exceed the limit by is half of all signed and absolute
+// distances together.
+inline byte_tail bytes_above(uint32_t limit, uint32_t count, uint32_t from_zero, uint32_t from_limit,
+                             uint32_t from_next) {
+    const uint32_t above = (from_limit - from_next + count) / 2;
+    const uint32_t excess = (from_limit + from_zero - limit * count) / 2;
+    const byte_tail tail = {above, excess + limit * above};
+    return tail;
+}
+
+// Sum of the bytes. Made for short rows.
+uint32_t sum_row(const unsigned char* src, int width);
+
+// Of a row of a box: how many bytes of luma lie above limit, their sum, and how many bytes of mask have their lowest
+// bit set.
+struct bright_counts {
+    uint32_t bright;
+    uint32_t bright_sum;
+    uint32_t fire;
+};
+void add_bright_row(const unsigned char* luma, const unsigned char* mask, int width, int limit, bright_counts* counts);
 
 // 3 x 3 dilation of columns 1 to width - 3: dst = 255 where the lowest bit of any of the nine bytes is set, the byte of
 // row elsewhere. width at least 4. dst must not be an input.

@@ -1,8 +1,28 @@
 #include "preprocess/color_rows.h"
 
+#include <cstring>
+
 namespace orva_fd {
 
 namespace {
+
+struct chroma_pair {
+    short v;
+    short u;
+};
+
+// Both bytes at once, as a word of the width that the arithmetic has: bytes taken one by one would have to be sorted
+// apart.
+inline chroma_pair load_pair(const unsigned char* bytes) {
+    uint16_t word;
+    std::memcpy(&word, bytes, sizeof(word));
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    const chroma_pair pair = {static_cast<short>(word >> 8), static_cast<short>(word & 255)};
+#else
+    const chroma_pair pair = {static_cast<short>(word & 255), static_cast<short>(word >> 8)};
+#endif
+    return pair;
+}
 
 inline uint16_t twice(int byte) {
     return static_cast<uint16_t>(byte | byte << 8);
@@ -17,6 +37,12 @@ inline short scaled(short value, short factor) {
     return static_cast<short>(static_cast<short>(value * factor) >> 8);
 }
 
+inline unsigned char shifted(unsigned char luma, unsigned char plus, unsigned char minus) {
+    const unsigned char room = static_cast<unsigned char>(255 - luma);
+    const unsigned char raised = static_cast<unsigned char>(luma + (plus < room ? plus : room));
+    return static_cast<unsigned char>(raised - (minus < raised ? minus : raised));
+}
+
 }  // namespace
 
 // The coefficients are 359, 183, 88 and 454 of 256. A whole 256 leaves the shift, so that every product fits 16 bits:
@@ -25,8 +51,9 @@ ORVA_ROW_FUNCTION
 void color_offsets_row(const unsigned char* chroma, int width, color_offsets* offsets) {
     const int pairs = width / 2;
     for (int i = 0; i < pairs; ++i) {
-        const short v = static_cast<short>(chroma[2 * i] - 128);
-        const short u = static_cast<short>(chroma[2 * i + 1] - 128);
+        const chroma_pair pair = load_pair(chroma + 2 * i);
+        const short v = static_cast<short>(pair.v - 128);
+        const short u = static_cast<short>(pair.u - 128);
         const short red = static_cast<short>(v + scaled(v, 103));
         const short green = static_cast<short>(scaled(u, 88) + scaled(v, 183));
         const short blue = static_cast<short>(u + scaled(u, 198));
@@ -43,8 +70,9 @@ void color_offsets_row(const unsigned char* chroma, int width, color_offsets* of
 ORVA_ROW_FUNCTION
 void luma_floor_row(const unsigned char* chroma, int width, uint16_t* floors) {
     for (int i = 0; i < width / 2; ++i) {
-        const short v = chroma[2 * i];
-        const short u = chroma[2 * i + 1];
+        const chroma_pair pair = load_pair(chroma + 2 * i);
+        const short v = pair.v;
+        const short u = pair.u;
         const short least_luma = static_cast<short>(u > 225 ? 255 : u + 30);
         const short refuse_by_u = v > u ? short(0) : short(255);
         const short refuse_by_v = v > 120 ? short(0) : short(255);
@@ -54,12 +82,18 @@ void luma_floor_row(const unsigned char* chroma, int width, uint16_t* floors) {
 
 // Saturating arithmetic in bytes. One of plus and minus is zero, so clipping after each step is clipping the sum.
 ORVA_ROW_FUNCTION
-void convert_row(const unsigned char* luma, const unsigned char* plus, const unsigned char* minus, unsigned char* dst,
-                 int width) {
+void convert_row(const unsigned char* luma, const color_offsets& offsets, unsigned char* __restrict blue,
+                 unsigned char* __restrict green, unsigned char* __restrict red, int width) {
+    const unsigned char* blue_plus = as_bytes(offsets.blue_plus);
+    const unsigned char* blue_minus = as_bytes(offsets.blue_minus);
+    const unsigned char* green_plus = as_bytes(offsets.green_plus);
+    const unsigned char* green_minus = as_bytes(offsets.green_minus);
+    const unsigned char* red_plus = as_bytes(offsets.red_plus);
+    const unsigned char* red_minus = as_bytes(offsets.red_minus);
     for (int x = 0; x < width; ++x) {
-        const unsigned char room = static_cast<unsigned char>(255 - luma[x]);
-        const unsigned char raised = static_cast<unsigned char>(luma[x] + (plus[x] < room ? plus[x] : room));
-        dst[x] = static_cast<unsigned char>(raised - (minus[x] < raised ? minus[x] : raised));
+        blue[x] = shifted(luma[x], blue_plus[x], blue_minus[x]);
+        green[x] = shifted(luma[x], green_plus[x], green_minus[x]);
+        red[x] = shifted(luma[x], red_plus[x], red_minus[x]);
     }
 }
 

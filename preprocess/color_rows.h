@@ -24,9 +24,10 @@ inline const unsigned char* as_bytes(const uint16_t* words) {
 // chroma: V,U pairs, width bytes.
 void color_offsets_row(const unsigned char* chroma, int width, color_offsets* offsets);
 
-// dst = luma + plus - minus, held to 0..255 after each step.
-void convert_row(const unsigned char* luma, const unsigned char* plus, const unsigned char* minus, unsigned char* dst,
-                 int width);
+// Each color is luma + plus - minus, held to 0..255 after each step. The three outputs are no inputs and do not
+// overlap.
+void convert_row(const unsigned char* luma, const color_offsets& offsets, unsigned char* blue, unsigned char* green,
+                 unsigned char* red, int width);
 
 // The tests of pre_process::check_fire_pt on chroma: floors holds, twice in each word, what the luma of flame is above;
 // 255 where the chroma is not that of flame.

@@ -13,24 +13,36 @@ namespace {
 // most 2 * 176 and 3 * 144.
 const int k_most_labels = 88 * 72 + 2 * 176 + 3 * 144;
 
-// Motion thresholds are searched where the differences of flames lie: below is sensor noise, above flicker would be
-// missed.
-const int k_otsu_min = k_tail_first;
-const int k_otsu_max = k_tail_first + k_tail_length - 1;
-
-// The part of a row that holds what is set, in whole words. Most rows hold little.
-void find_span(const unsigned char* bytes, int width, int* first, int* last) {
+// The part of a row, in whole words, outside which no byte has a bit of `bits` set. Most rows hold little.
+void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first, int* last) {
     const int word = static_cast<int>(sizeof(uint64_t));
     *first = 0;
     *last = width;
     uint64_t value = 0;
     for (; *first + word <= width; *first += word) {
         std::memcpy(&value, bytes + *first, sizeof(value));
-        if (value != 0) break;
+        if ((value & bits) != 0) break;
     }
     for (; *last - word >= *first; *last -= word) {
         std::memcpy(&value, bytes + *last - word, sizeof(value));
-        if (value != 0) break;
+        if ((value & bits) != 0) break;
+    }
+}
+const uint64_t k_any_bit = 0xffffffffffffffffu;
+const uint64_t k_sixteen_or_more = 0xf0f0f0f0f0f0f0f0u;  // in any of eight bytes
+
+// Runs the saturation test where it can decide: on stretches of columns in which some pixel met the other tests.
+void test_saturation(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
+                     unsigned char* pass, int width) {
+    const int group = 32;
+    int start = 0;
+    for (int x = 0; x < width; x += group) {
+        const int length = std::min(group, width - x);
+        const bool any = std::memchr(pass + x, 1, static_cast<std::size_t>(length)) != nullptr;
+        if (any && x + group < width) continue;
+        const int end = any ? width : x;
+        if (start < end) flame_saturation_row(red + start, green + start, blue + start, pass + start, end - start);
+        start = x + group;
     }
 }
 
@@ -73,10 +85,20 @@ void region_scan::run(const fd_yuv_frame* frame, fd_yuv_frame* mask, fd_yuv_fram
     m_labeller.finish(components);
 }
 
-// Otsu's threshold of the differences. Of their histogram the search needs the entries in its range and the sums of
-// all; rows without a difference above the lowest threshold add to the sums alone.
+void region_scan::add_distances(const unsigned char* differences, int count, distance_sums* tail) {
+    tail->count += static_cast<uint32_t>(count);
+    tail->from_zero += sum_distance_row(differences, count, 0);
+    for (int t = k_otsu_min; t <= k_otsu_max + 1; ++t) {
+        tail->from_limit[t - k_otsu_min] += sum_distance_row(differences, count, t);
+    }
+}
+
+// Otsu's threshold of the differences. Those up to the lowest threshold add to the sum of all alone, so the rest is
+// gathered from the rows that have any, and summed a band at a time.
 int region_scan::find_threshold() {
-    motion_tail tail = {};
+    unsigned char band[8 * k_widest_row];
+    int filled = 0;
+    distance_sums tail = {};
     uint32_t sum = 0;
     for (int y = 0; y < m_height; ++y) {
         const unsigned char* luma = plane_row(m_frame, 0, y);
@@ -84,21 +106,33 @@ int region_scan::find_threshold() {
         const row_motion row = measure_motion_row(luma, before, m_width);
         m_largest[y] = row.largest;
         sum += row.sum;
-        if (row.largest > k_tail_first) {
-            add_motion_tail_row(luma, before, m_width, &tail);
-        } else {
-            tail.sum_at_or_below_first += row.sum;
+        if (row.largest <= k_otsu_min) continue;
+        if (filled + m_width > static_cast<int>(sizeof(band))) {
+            add_distances(band, filled, &tail);
+            filled = 0;
         }
+        unsigned char* differences = band + filled;
+        abs_diff_row(luma, before, differences, m_width);
+        int first = 0;
+        int last = 0;
+        find_span(differences, m_width, k_sixteen_or_more, &first, &last);
+        std::memmove(differences, differences + first, static_cast<std::size_t>(last - first));
+        filled += last - first;
     }
+    add_distances(band, filled, &tail);
+    return search_threshold(sum, tail);
+}
+
+// The entries of the histogram's sums that the search reads.
+int region_scan::search_threshold(uint32_t sum, const distance_sums& tail) const {
     histogram_sums sums;
     sums.all_count = static_cast<uint32_t>(m_width * m_height);
     sums.all_moment = sum;
-    uint32_t moment = tail.sum_at_or_below_first;
-    for (int k = 0; k < k_tail_length; ++k) {
-        const int t = k_tail_first + k;
-        if (k > 0) moment += static_cast<uint32_t>(t) * (tail.above[k - 1] - tail.above[k]);
-        sums.count[t] = sums.all_count - tail.above[k];
-        sums.moment[t] = moment;
+    for (int t = k_otsu_min; t <= k_otsu_max; ++t) {
+        const uint32_t* from = tail.from_limit + (t - k_otsu_min);
+        const byte_tail above = bytes_above(static_cast<uint32_t>(t), tail.count, tail.from_zero, from[0], from[1]);
+        sums.count[t] = sums.all_count - above.count;
+        sums.moment[t] = sum - above.sum;
     }
     return search_otsu(sums, k_otsu_min, k_otsu_max);
 }
@@ -106,15 +140,10 @@ int region_scan::find_threshold() {
 void region_scan::convert_pair(int y) {
     color_offsets offsets;
     color_offsets_row(plane_row(m_frame, 1, y / 2), m_even_width, &offsets);
-    const uint16_t* plus[3] = {offsets.blue_plus, offsets.green_plus, offsets.red_plus};
-    const uint16_t* minus[3] = {offsets.blue_minus, offsets.green_minus, offsets.red_minus};
     for (int row = y; row < y + 2; ++row) {
-        const unsigned char* luma = plane_row(m_frame, 0, row);
         const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(row);
-        for (int plane = 0; plane < 3; ++plane) {
-            convert_row(luma, as_bytes(plus[plane]), as_bytes(minus[plane]), m_rgb->virt_addr[plane] + at,
-                        m_even_width);
-        }
+        convert_row(plane_row(m_frame, 0, row), offsets, m_rgb->virt_addr[0] + at, m_rgb->virt_addr[1] + at,
+                    m_rgb->virt_addr[2] + at, m_even_width);
     }
 }
 
@@ -127,7 +156,7 @@ void region_scan::detect_motion(int y) {
     row.first = row.last = 0;
     if (m_largest[y] > m_threshold) {
         motion_row(luma, before, row.bytes, m_width, m_threshold);
-        find_span(row.bytes, m_width, &row.first, &row.last);
+        find_span(row.bytes, m_width, k_any_bit, &row.first, &row.last);
     }
     std::memcpy(before, luma, static_cast<std::size_t>(m_width));
 }
@@ -196,7 +225,7 @@ void region_scan::filter_pair(int y) {
         const unsigned char* red = m_rgb->virt_addr[2] + at;
         const unsigned char* luma = plane_row(m_frame, 0, y + i) + first;
         if (flame_tint_row(red, green, blue, luma, as_bytes(floors), pass[i], width)) {
-            flame_saturation_row(red, green, blue, pass[i], width);
+            test_saturation(red, green, blue, pass[i], width);
         }
     }
     const bool left = filter_block_row(top.bytes + first, bottom.bytes + first, pass[0], pass[1], width);

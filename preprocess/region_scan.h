@@ -35,7 +35,21 @@ private:
         bool any() const { return first < last; }
     };
 
+    // Motion thresholds are searched where the differences of flames lie: below is sensor noise, above flicker would be
+    // missed.
+    static const int k_otsu_min = 20;
+    static const int k_otsu_max = 35;
+
+    // Of all differences above the lowest threshold, and some below it.
+    struct distance_sums {
+        uint32_t count;
+        uint32_t from_zero;
+        uint32_t from_limit[k_otsu_max - k_otsu_min + 2];
+    };
+
     int find_threshold();
+    int search_threshold(uint32_t sum, const distance_sums& tail) const;
+    static void add_distances(const unsigned char* differences, int count, distance_sums* tail);
     void convert_pair(int y);
     void detect_motion(int y);
     void dilate_motion(int y);
