@@ -221,20 +221,6 @@ TEST(morphology_sparse, equals_the_plain_twin) {
     }
 }
 
-// The copy runs over the source's stride, the pixels step with each image's own.
-TEST(morphology_strides, differ_between_source_and_output) {
-    grey_image src(8, 5, 8), dst(8, 5, 12, 0, 77), twin = dst;
-    src.at(5, 1) = 255;
-    fd_yuv_frame from = src.frame(), to = dst.frame();
-    morphology().dilate(&from, &to);
-    ref::dilate(plane_of(src), plane_of(twin));
-    EXPECT_EQ(first_difference(dst, twin), "");
-    EXPECT_EQ(dst.data()[8 + 5], 255) << "copied";
-    EXPECT_EQ(dst.at(4, 2), 255) << "dilated";
-    EXPECT_EQ(dst.data()[39], 0) << "last byte of the copy";
-    EXPECT_EQ(dst.data()[40], 77) << "first byte behind it";
-}
-
 TEST(morphology_bounds, nothing_is_read_or_written_behind_the_last_row) {
     for (const int width : {3, 4, 5, 8, 16, 17, 33, 352}) {
         const std::size_t length = static_cast<std::size_t>(width * 4);

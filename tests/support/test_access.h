@@ -30,7 +30,7 @@ struct test_access {
     static uint16_t& height(pre_process& stage) { return stage.m_height; }
 
     static std::vector<std::vector<con_info>>& history(foreground_analysis& analysis) { return analysis.m_history; }
-    static int stable_thresh(const foreground_analysis& analysis) { return analysis.m_stable_thresh; }
+    static int& stable_thresh(foreground_analysis& analysis) { return analysis.m_stable_thresh; }
 
     static pre_process& stage(frame_process& channel) { return channel.m_pre_process; }
     static foreground_analysis& analysis(frame_process& channel) { return channel.m_fg_analysis; }
