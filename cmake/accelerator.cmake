@@ -43,8 +43,13 @@ endfunction()
 
 # The imitated chip. It takes the vendor's place at link time only.
 function(add_standin)
-    file(GLOB standin_sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/fakes/standin*.cpp)
-    add_library(orva_standin SHARED ${standin_sources})
+    set(folder ${PROJECT_SOURCE_DIR}/tests/fakes)
+    add_library(orva_standin SHARED
+        ${folder}/standin.cpp
+        ${folder}/standin_engine.cpp
+        ${folder}/standin_limits.cpp
+        ${folder}/standin_memory.cpp
+        ${folder}/standin_trace.cpp)
     target_include_directories(orva_standin PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
     target_link_libraries(orva_standin PRIVATE orva_warnings Threads::Threads)
     set_target_properties(orva_standin PROPERTIES VERSION 1 SOVERSION 1)
