@@ -59,7 +59,10 @@ fd_yuv_frame camera::next() {
     const int mean = std::max(std::min(m_width, m_height) / (4 + flames), 6);
     for (int flame = 0; flame < flames && burning; ++flame) {
         const int x = (2 * flame + 1) * m_width / (2 * flames);
-        draw_flame(x, m_height / 2 + m_dice.between(-2, 2), mean * m_dice.between(50, 150) / 100);
+        // One after the other: the order in which arguments are computed differs between processors.
+        const int y = m_height / 2 + m_dice.between(-2, 2);
+        const int radius = mean * m_dice.between(50, 150) / 100;
+        draw_flame(x, y, radius);
     }
     fd_yuv_frame record = fd_yuv_frame();
     record.width = static_cast<std::uint32_t>(m_width);
