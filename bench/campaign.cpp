@@ -25,9 +25,9 @@ void play_rounds(contender& who, const std::vector<int>& handles, const std::vec
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t c = first; c < end; ++c) {
             const fd_yuv_frame frame = frames[c].frame(static_cast<std::size_t>(round));
-            const std::int64_t before = now_ns();
+            const std::int64_t before = spent_ns();
             who.play(handles[c], frame, &result);
-            if (times != nullptr) times->push_back(static_cast<double>(now_ns() - before));
+            if (times != nullptr) times->push_back(spent_since_ns(before));
         }
     }
 }
@@ -77,9 +77,9 @@ double floor_warm_ns(const scene& s) {
     std::vector<double> times;
     for (std::size_t i = 0; i < 400; ++i) {
         const fd_yuv_frame frame = s.frame(i);
-        const std::int64_t before = now_ns();
+        const std::int64_t before = spent_ns();
         sink = touch_frame(frame, previous.data());
-        times.push_back(static_cast<double>(now_ns() - before));
+        times.push_back(spent_since_ns(before));
     }
     return median(times);
 }
@@ -92,33 +92,36 @@ double floor_cold_ns(const scene& s, int channels) {
     for (std::size_t round = 0; round < 20; ++round) {
         for (std::size_t c = 0; c < frames.size(); ++c) {
             const fd_yuv_frame frame = frames[c].frame(round);
-            const std::int64_t before = now_ns();
+            const std::int64_t before = spent_ns();
             sink = touch_frame(frame, previous[c].data());
-            times.push_back(static_cast<double>(now_ns() - before));
+            times.push_back(spent_since_ns(before));
         }
     }
     return median(times);
 }
 
-std::vector<double> two_threads(contender& who, const scene& s, int channels, int attempts) {
+thread_gain two_threads(contender& who, const scene& s, int channels, int attempts) {
     const std::vector<scene> frames = own_frames(s, channels);
     const std::vector<int> handles = open_channels(who, channels);
     const std::size_t half = handles.size() / 2;
     const int rounds = 20;
-    play_rounds(who, handles, frames, 0, handles.size(), 5, nullptr);
-    std::vector<double> ratios;
+    play_rounds(who, handles, frames, 0, handles.size(), 52, nullptr);
+    thread_gain gain;
     for (int i = 0; i < attempts; ++i) {
+        std::vector<double> alone;
+        std::vector<double> together[2];
         const std::int64_t begun = now_ns();
-        play_rounds(who, handles, frames, 0, handles.size(), rounds, nullptr);
-        const std::int64_t alone = now_ns();
-        std::thread other([&] { play_rounds(who, handles, frames, half, handles.size(), rounds, nullptr); });
-        play_rounds(who, handles, frames, 0, half, rounds, nullptr);
+        play_rounds(who, handles, frames, 0, handles.size(), rounds, &alone);
+        const std::int64_t halfway = now_ns();
+        std::thread other([&] { play_rounds(who, handles, frames, half, handles.size(), rounds, &together[1]); });
+        play_rounds(who, handles, frames, 0, half, rounds, &together[0]);
         other.join();
-        const std::int64_t together = now_ns();
-        ratios.push_back(static_cast<double>(alone - begun) / static_cast<double>(together - alone));
+        gain.by_wall_clock.push_back(static_cast<double>(halfway - begun) / static_cast<double>(now_ns() - halfway));
+        together[0].insert(together[0].end(), together[1].begin(), together[1].end());
+        gain.by_processor_time.push_back(2 * percentiles_of(alone).mean / percentiles_of(together[0]).mean);
     }
     close_channels(who, handles);
-    return ratios;
+    return gain;
 }
 
 std::vector<double> time_open(contender& who, int times) {

@@ -26,8 +26,13 @@ std::vector<double> play_cold(contender& who, const scene& s, int channels, int 
 double floor_warm_ns(const scene& s);
 double floor_cold_ns(const scene& s, int channels);
 
-// How much more two threads do than one, on `channels` channels shared out between them: one ratio for each attempt.
-std::vector<double> two_threads(contender& who, const scene& s, int channels, int attempts);
+// How much more two threads do than one, on `channels` channels shared out between them; one ratio for each attempt.
+// The wall clock also sees locks, and whatever else the machine does; processor time sees caches and memory alone.
+struct thread_gain {
+    std::vector<double> by_wall_clock;
+    std::vector<double> by_processor_time;
+};
+thread_gain two_threads(contender& who, const scene& s, int channels, int attempts);
 
 // Nanoseconds of opening a channel, and of initialising the library (which is initialised, and is
 // again afterwards).

@@ -1,6 +1,7 @@
 #include "bench/measure.h"
 
 #include <fcntl.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -27,14 +28,22 @@ void play_turn(seat& s, const scene& played, const plan& p, timing* times) {
     for (int i = 0; i < p.settle && static_cast<double>(now_ns() - begun) < p.limit_ns; ++i) play_one(s, played);
     std::vector<double> turn;
     for (int i = 0; i < p.timed; ++i) {
-        const std::int64_t before = now_ns();
+        const std::int64_t before = spent_ns();
         play_one(s, played);
-        const std::int64_t after = now_ns();
-        turn.push_back(static_cast<double>(after - before));
-        if (static_cast<double>(after - begun) > p.limit_ns) break;
+        turn.push_back(spent_since_ns(before));
+        if (static_cast<double>(now_ns() - begun) > p.limit_ns) break;
     }
     times->frames_ns.insert(times->frames_ns.end(), turn.begin(), turn.end());
     times->block_medians_ns.push_back(median(turn));
+}
+
+double cost_of_a_look() {
+    std::vector<double> costs;
+    for (int i = 0; i < 1000; ++i) {
+        const std::int64_t before = spent_ns();
+        costs.push_back(static_cast<double>(spent_ns() - before));
+    }
+    return median(costs);
 }
 
 }  // namespace
@@ -42,6 +51,17 @@ void play_turn(seat& s, const scene& played, const plan& p, timing* times) {
 std::int64_t now_ns() {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
         .count();
+}
+
+std::int64_t spent_ns() {
+    timespec spent;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &spent);
+    return static_cast<std::int64_t>(spent.tv_sec) * 1000000000 + spent.tv_nsec;
+}
+
+double spent_since_ns(std::int64_t before) {
+    static const double own_cost = cost_of_a_look();
+    return static_cast<double>(spent_ns() - before) - own_cost;
 }
 
 FILE* silence_standard_output() {

@@ -11,7 +11,14 @@
 
 namespace bench {
 
+// Wall clock, for limits and for the shortest pieces.
 std::int64_t now_ns();
+
+// Processor time of the calling thread, for frames: what other programs take of the machine does not count.
+std::int64_t spent_ns();
+
+// What lies between two looks at that clock, its own cost left out.
+double spent_since_ns(std::int64_t before);
 
 // Turns standard output, where libraries print their lines, to the null device for good. Returns a stream to what was
 // standard output before.

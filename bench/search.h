@@ -14,8 +14,9 @@ namespace bench {
 painting random_painting(random_source& random);
 painting changed_painting(const painting& p, random_source& random);
 
-// Median nanoseconds of the contender's frames of 352 x 288, history full; ends early after limit_ns.
-double cost_of(contender& who, const scene& s, double limit_ns);
+// Nanoseconds below which `share` of the contender's frames stay, the median as a rule; history full. Ends early after
+// limit_ns.
+double cost_of(contender& who, const scene& s, double limit_ns, double share = 0.5);
 
 struct ranked_painting {
     painting what;
