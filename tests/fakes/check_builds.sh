@@ -91,4 +91,31 @@ for file in $(cd "$source" && make -s -f sources.mk print-sources ORVA_IVE=OFF);
         fail "$file compiles vendor words without an accelerator"
     fi
 done
+echo "== words that GCC 4.9 does not know"
+"$source/scripts/check-cxx11"
+mkdir "$work/words"
+while read -r line; do
+    echo "$line" >"$work/words/sample.cpp"
+    if "$source/scripts/check-cxx11" "$work/words" >/dev/null; then fail "not refused: $line"; fi
+done <<'LINES'
+static_assert(std::is_trivially_copyable<T>::value, "");
+void* p = std::align(16, n, q, space);
+#include <optional>
+auto p = std::make_unique<int>(1);
+std::string_view text;
+if constexpr (sizeof(T) == 4) return;
+[[nodiscard]] int f();
+int million = 1'000'000;
+int mask = 0b1010;
+namespace a::b {}
+#if __has_include(<thread>)
+out << std::hexfloat << x;
+std::wstring_convert<T> c;
+LINES
+cat >"$work/words/sample.cpp" <<'LINES'
+// std::make_unique in a comment, and "if constexpr" in a text, are nobody's business.
+const char text[] = "std::string_view";
+std::size_t size = sizeof(text);
+LINES
+"$source/scripts/check-cxx11" "$work/words" >/dev/null || fail "comments and texts are refused"
 echo "all builds are as they should be"

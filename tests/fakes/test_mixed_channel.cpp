@@ -141,6 +141,22 @@ TEST_F(mixed_channel, frames_with_an_odd_stride_keep_the_last_picture_where_soft
     }
 }
 
+// An odd region on an odd stride is software's, but for one step: the copy of the finished mask has no size or address
+// to object to and goes to the engine, which finds in memory what was flushed last: the difference. The mask's picture
+// then holds differences; the components, found by software in its own copy, are right.
+TEST_F(mixed_channel, an_odd_region_gets_the_difference_for_its_mask) {
+    channel_pair pair(fakes::whole_picture());
+    chip_camera view(95, 79, 104, 0, 1);
+    view.noisy = false;
+    view.burning = false;
+    EXPECT_EQ(pair.compare(view.next()), "");
+    orva_fd::pre_process& stage = orva_fd::test_access::stage(pair.channel());
+    EXPECT_EQ(stage.get_fg_img()->virt_addr[0][0], 50) << "the first picture's difference to nothing: its luma";
+    EXPECT_EQ(pair.compare(view.next()), "");
+    EXPECT_EQ(stage.get_fg_img()->virt_addr[0][0], 0) << "a still scene's difference";
+    EXPECT_EQ(pair.totals().engine_operations, 2) << "one copy a frame";
+}
+
 // --- small windows
 // ----------------------------------------------------------------------------------------------------
 
