@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "imgproc/log.h"
 #include "imgproc/rows.h"
+#include "imgproc/run_labeller.h"
 #include "imgproc/status.h"
 
 namespace orva_fd {
@@ -17,6 +19,10 @@ enum log_line { k_line_bad_grade = 36, k_line_null_roi = 49 };
 const std::size_t k_history_limit = 50;
 const std::size_t k_candidate_limit = 10;
 const int k_default_stable_thresh = 35;
+
+// Boxes that stay unmerged have upper left corners at least 40 apart, counted along both axes: diamonds of 800 pixels
+// around the corners do not overlap, and (352 + 40) * (288 + 40) / 800 is less than 161.
+const std::size_t k_most_merged = 160;
 
 const int k_min_box_width = 3;
 const int k_min_box_height = 5;
@@ -123,11 +129,21 @@ bool flickers(const std::vector<con_info>& list, const match_sums& sums) {
 foreground_analysis::foreground_analysis() : m_stable_thresh(k_default_stable_thresh) {}
 
 int foreground_analysis::start() {
+    m_merger.reserve(run_labeller::k_most_components, k_most_merged);
+    m_candidates.reserve(k_candidate_limit);
+    m_matches.reserve(k_history_limit + 1);
+    m_history.reserve(k_history_limit);
+    m_spare.reserve(k_history_limit);
+    while (m_history.size() + m_spare.size() < k_history_limit) {
+        m_spare.push_back(box_list());
+        m_spare.back().reserve(k_most_merged);
+    }
     return FD_OK;
 }
 
 int foreground_analysis::stop() {
-    std::vector<std::vector<con_info>>().swap(m_history);
+    std::vector<box_list>().swap(m_history);
+    std::vector<box_list>().swap(m_spare);
     return FD_OK;
 }
 
@@ -146,39 +162,61 @@ int foreground_analysis::set_frame(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_f
         log_error(k_file, "set_frame", k_line_null_roi);
         return FD_OK;  // deliberate: the frame passes as one without fire
     }
-    std::vector<con_info> fire_rects;
+    m_candidates.clear();
     bool found = false;
-    get_fire_rects(roi, fg, rgb, components, fire_rects, found);
+    get_fire_rects(roi, fg, rgb, components, m_candidates, found);
     if (m_history.size() == k_history_limit) {
-        get_stable_rects(fire_rects, result);
+        get_stable_rects(m_candidates, result);
         if (!found) return FD_OK;
-        m_history.erase(m_history.begin());
+        forget_oldest();
     }
-    if (found) m_history.push_back(components);
+    if (found) remember(components);
     return FD_OK;
+}
+
+// Lists move, their memory stays: after start nothing is obtained for a frame.
+void foreground_analysis::remember(const box_list& boxes) {
+    if (m_spare.empty()) m_spare.push_back(box_list());
+    m_spare.back().assign(boxes.begin(), boxes.end());
+    m_history.push_back(std::move(m_spare.back()));
+    m_spare.pop_back();
+}
+
+void foreground_analysis::forget_oldest() {
+    m_spare.push_back(std::move(m_history.front()));
+    m_history.erase(m_history.begin());
+}
+
+// Whether a candidate recurs and flickers; box becomes the mean of its matches, in place of which each stored list
+// gives its first.
+bool foreground_analysis::is_stable(const con_info& candidate, fd_rect* box) {
+    m_matches.clear();
+    for (const box_list& list : m_history) {
+        std::size_t i = 0;
+        while (i < list.size() && !matches(candidate, list[i])) ++i;
+        if (i < list.size()) m_matches.push_back(list[i]);
+    }
+    m_matches.push_back(candidate);
+    const match_sums sums = sum_matches(m_matches);
+    if (sums.count <= m_stable_thresh || !flickers(m_matches, sums)) return false;
+    box->x = static_cast<uint16_t>(rounded_mean(sums.left, sums.count));
+    box->y = static_cast<uint16_t>(rounded_mean(sums.top, sums.count));
+    box->width = static_cast<uint16_t>(rounded_mean(sums.width, sums.count));
+    box->height = static_cast<uint16_t>(rounded_mean(sums.height, sums.count));
+    return true;
 }
 
 int foreground_analysis::get_stable_rects(std::vector<con_info>& fire_rects, fd_result& result) {
     result.count = 0;
-    std::vector<con_info> found;
-    for (std::size_t c = 0; c < fire_rects.size(); ++c) {
-        const con_info& candidate = fire_rects[c];
-        found.clear();
-        for (std::size_t h = 0; h < m_history.size(); ++h) {
-            const std::vector<con_info>& list = m_history[h];
-            std::size_t i = 0;
-            while (i < list.size() && !matches(candidate, list[i])) ++i;
-            if (i < list.size()) found.push_back(list[i]);
-        }
-        found.push_back(candidate);
-        const match_sums sums = sum_matches(found);
-        if (sums.count <= m_stable_thresh || !flickers(found, sums)) continue;
+    for (const con_info& candidate : fire_rects) {
+        fd_rect box = {};
+        if (!is_stable(candidate, &box)) continue;
         if (result.count >= FD_RESULT_MAX_RECTS) return FD_OK;
-        fd_rect& box = result.rects[result.count++];
-        box.x = static_cast<uint16_t>(rounded_mean(sums.left, sums.count));
-        box.y = static_cast<uint16_t>(rounded_mean(sums.top, sums.count));
-        box.width = static_cast<uint16_t>(rounded_mean(sums.width, sums.count));
-        box.height = static_cast<uint16_t>(rounded_mean(sums.height, sums.count));
+        fd_rect& stored = result.rects[result.count++];
+        stored.x = box.x;
+        stored.y = box.y;
+        stored.width = box.width;
+        stored.height = box.height;
     }
     return FD_OK;
 }

@@ -16,8 +16,11 @@ class foreground_analysis {
 public:
     foreground_analysis();
 
-    int start();  // keeps the history; returns 0
-    int stop();   // empties the history, keeps the grade; returns 0
+    // Obtains the memory of all frames to come; keeps the history. Returns 0. May throw; nothing is lost then.
+    int start();
+
+    // Empties the history and releases its memory; keeps the grade. Returns 0.
+    int stop();
 
     // Sets how many stored frames must hold a candidate: (103 - grade) / 6 + 30. Returns 0; 7 for a grade outside
     // 0..100.
@@ -49,7 +52,15 @@ public:
 private:
     friend struct test_access;
 
-    std::vector<std::vector<con_info>> m_history;  // merged lists of the last frames that had any, oldest first
+    typedef std::vector<con_info> box_list;
+    void remember(const box_list& boxes);
+    void forget_oldest();
+    bool is_stable(const con_info& candidate, fd_rect* box);
+
+    std::vector<box_list> m_history;  // merged lists of the last frames that had any, oldest first
+    std::vector<box_list> m_spare;    // memory of lists that were forgotten
+    box_list m_candidates;            // of the frame in work
+    box_list m_matches;               // of the candidate in work
     int m_stable_thresh;
     box_merger m_merger;
 };

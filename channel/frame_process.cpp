@@ -61,6 +61,7 @@ frame_process::frame_process()
     : m_hold_count(0), m_last_result(), m_roi_size_known(false), m_roi_width(0), m_roi_height(0), m_roi() {}
 
 int frame_process::start(fd_rect roi) {
+    m_components.reserve(run_labeller::k_most_components);
     m_roi_width = k_max_width;
     m_roi_height = k_max_height;
     int code = m_pre_process.start();
@@ -131,15 +132,15 @@ int frame_process::set_frame(fd_yuv_frame& frame, fd_result& result) {
     get_frame_roi(&frame, &roi_frame);
     note_roi_size(roi_frame);
 
-    std::vector<con_info> components;
-    int code = m_pre_process.set_frame(&roi_frame, components);
+    m_components.clear();
+    int code = m_pre_process.set_frame(&roi_frame, m_components);
     if (code != FD_OK) {
         std::printf("ret code : 0x%x\n", static_cast<unsigned int>(code));
         log_entered(k_file, "set_frame", k_line_preprocess_failed);
         return code;
     }
     result = fd_result();
-    code = m_fg_analysis.set_frame(&roi_frame, m_pre_process.get_fg_img(), m_pre_process.get_rgb_img(), components,
+    code = m_fg_analysis.set_frame(&roi_frame, m_pre_process.get_fg_img(), m_pre_process.get_rgb_img(), m_components,
                                    result);
     if (code != FD_OK) {
         log_entered(k_file, "set_frame", k_line_analysis_failed);

@@ -55,7 +55,8 @@ private:
     bool m_roi_size_known;  // false until the first frame after start
     uint16_t m_roi_width;
     uint16_t m_roi_height;
-    fd_rect m_roi;  // the region; rescaled and aligned in place
+    fd_rect m_roi;                       // the region; rescaled and aligned in place
+    std::vector<con_info> m_components;  // of the frame in work
 };
 
 }  // namespace orva_fd

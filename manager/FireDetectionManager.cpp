@@ -1,5 +1,7 @@
 #include "manager/FireDetectionManager.h"
 
+#include <memory>
+
 #include "imgproc/log.h"
 #include "imgproc/status.h"
 
@@ -51,17 +53,18 @@ int CFireDetectionMngr::Start(int& handle, fd_rect rect) {
         log_entered(k_file, "Start", k_line_no_object);
         return FD_NO_CHANNEL;
     }
+    std::unique_ptr<frame_process> owner(p);  // until the channel is installed; its start may throw
     const int code = p->start(rect);
     if (code != FD_OK) {
         log_entered(k_file, "Start", k_line_start_failed);
-        delDetector(p);
+        delDetector(owner.release());
         return code;
     }
     int h = -1;
     if (m_handles.CreateHandle(h) != FD_OK || h == -1) {
         log_entered(k_file, "Start", k_line_no_handle);
         p->stop();
-        delDetector(p);
+        delDetector(owner.release());
         return FD_NO_FREE_HANDLE;
     }
     // Deliberate: stopping a channel that was left in the slot frees the handle's flag, and nothing sets it again.
@@ -69,12 +72,12 @@ int CFireDetectionMngr::Start(int& handle, fd_rect rect) {
     if (!m_detector_mutex[h].Create()) {
         log_entered(k_file, "Start", k_line_lock_exists);
         p->stop();
-        delDetector(p);
+        delDetector(owner.release());
         m_handles.Close();
         return FD_ALREADY_INITIALISED;
     }
     CAutoMutex lock(&m_detector_mutex[h]);
-    m_detector[h] = p;
+    m_detector[h] = owner.release();
     handle = h;
     return FD_OK;
 }

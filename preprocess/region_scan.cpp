@@ -7,12 +7,6 @@ namespace orva_fd {
 
 namespace {
 
-// Labels of one mask. A run that touches nothing above gets one. Away from the border the mask is dilated: such a run
-// lies over a set pixel of the row below, whose 3 x 3 square keeps other new runs four rows and four columns away, so
-// there are at most 88 * 72 = 6336. The rows and columns that dilation passes over (two rows, three columns) add at
-// most 2 * 176 and 3 * 144.
-const int k_most_labels = 88 * 72 + 2 * 176 + 3 * 144;
-
 // The part of a row, in whole words, outside which no byte has a bit of `bits` set. Most rows hold little.
 void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first, int* last) {
     const int word = static_cast<int>(sizeof(uint64_t));
@@ -49,7 +43,7 @@ void test_saturation(const unsigned char* red, const unsigned char* green, const
 }  // namespace
 
 void region_scan::reserve() {
-    m_labeller.reserve(k_max_width, k_most_labels);
+    m_labeller.reserve(k_max_width, run_labeller::k_most_components);
     std::memset(m_empty, 0, sizeof(m_empty));
 }
 
