@@ -59,35 +59,41 @@ void widen(con_info& box, const con_info& other) {
 
 void run_labeller::reserve(int width, int labels) {
     const std::size_t runs = static_cast<std::size_t>(width + 1) / 2;
-    m_row.reserve(runs);
-    m_row_above.reserve(runs);
+    m_row.resize(runs);
+    m_row_above.resize(runs);
     m_labels.reserve(static_cast<std::size_t>(labels));
 }
 
 void run_labeller::begin() {
     m_labels.clear();
-    m_row_above.clear();
+    m_count_above = 0;
     m_y = k_no_row;
 }
 
-// A run begins or ends where a pixel differs from the one before it.
-void run_labeller::find_runs(const unsigned char* row, int width) {
-    m_row.clear();
-    uint64_t before = 0;
+// A run begins or ends where a pixel differs from the one before it. Returns the number of runs.
+std::size_t run_labeller::find_runs(const unsigned char* row, int width) {
+    const std::size_t most = static_cast<std::size_t>(width + 1) / 2;
+    if (m_row.size() < most) m_row.resize(most);
+    run* next = m_row.data();
+    bool open = false;
     for (int x = 0; x < width; x += 64) {
         const uint64_t bits = foreground_bits(row + x, std::min(64, width - x));
-        uint64_t changes = bits ^ (bits << 1 | before);
-        before = bits >> 63;
-        for (; changes != 0; changes &= changes - 1) {
+        for (uint64_t changes = bits ^ (bits << 1 | (open ? 1u : 0u)); changes != 0; changes &= changes - 1) {
             const int at = x + __builtin_ctzll(changes);
-            if (((bits >> (at - x)) & 1) != 0) {
-                const run opened = {at, width - 1, -1};
-                m_row.push_back(opened);
+            if (open) {
+                next->last = at - 1;
+                ++next;
             } else {
-                m_row.back().last = at - 1;
+                next->first = at;
             }
+            open = !open;
         }
     }
+    if (open) {
+        next->last = width - 1;
+        ++next;
+    }
+    return static_cast<std::size_t>(next - m_row.data());
 }
 
 int run_labeller::root_of(int at) {
@@ -128,12 +134,12 @@ void run_labeller::place(run* current, const run*& above, const run* above_end, 
 }
 
 void run_labeller::add_row(const unsigned char* row, int width, int y) {
-    find_runs(row, width);
-    const bool adjacent = y == m_y + 1;
+    const std::size_t count = find_runs(row, width);
     const run* above = m_row_above.data();
-    const run* above_end = above + (adjacent ? m_row_above.size() : 0);
-    for (std::size_t i = 0; i < m_row.size(); ++i) place(&m_row[i], above, above_end, y);
+    const run* above_end = above + (y == m_y + 1 ? m_count_above : 0);
+    for (std::size_t i = 0; i < count; ++i) place(&m_row[i], above, above_end, y);
     m_row.swap(m_row_above);
+    m_count_above = count;
     m_y = y;
 }
 

@@ -41,13 +41,14 @@ private:
         con_info box;
     };
 
-    void find_runs(const unsigned char* row, int width);
+    std::size_t find_runs(const unsigned char* row, int width);
     int root_of(int at);
     void join(int a, int b);
     void place(run* current, const run*& above, const run* above_end, int y);
 
-    std::vector<run> m_row;
+    std::vector<run> m_row;  // as many as a row can hold; the first ones count
     std::vector<run> m_row_above;
+    std::size_t m_count_above = 0;
     int m_y = -2;  // of the row above
     std::vector<label> m_labels;
 };

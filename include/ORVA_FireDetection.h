@@ -47,8 +47,9 @@
  *
  * MEMORY
  *
- * A channel holds 509,932 bytes of working pictures, obtained by ORVA_FireDetection_Start, zeroed, and released by
- * ORVA_FireDetection_Stop, and its history of up to 50 lists of 12 bytes for each moving fire-coloured spot. The host
+ * A channel holds 509,932 bytes of working pictures and about 555,000 bytes for lists of spots, boxes and history, all
+ * obtained by ORVA_FireDetection_Start and released by ORVA_FireDetection_Stop. Working pictures start zeroed, so the
+ * first frame is deterministic. ORVA_FireDetection_SetFrame obtains nothing in builds without the accelerator. The host
  * owns every record and every picture that it passes; the library keeps no pointer to them.
  *
  * THREADS
@@ -69,11 +70,12 @@
  *
  * EXCEPTIONS
  *
- * The library throws nothing of its own. If memory for a channel object or a component list cannot be had, the C++
- * allocator's exception (std::bad_alloc) leaves ORVA_FireDetection_Start or ORVA_FireDetection_SetFrame; every lock and
- * buffer is released before, and the library stays usable. A C++ host may catch it. A C host cannot: the process ends
- * through std::terminate, unless the C code between main and the call was compiled with -fexceptions and something
- * above catches it. Working pictures are different: if they cannot be had, Start returns 4.
+ * The library throws nothing of its own. If memory for a channel object or a list cannot be had, the C++ allocator's
+ * exception (std::bad_alloc) leaves ORVA_FireDetection_Start (or, in a build with the accelerator,
+ * ORVA_FireDetection_SetFrame); every lock and buffer is released before, and the library stays usable. A C++ host may
+ * catch it. A C host cannot: the process ends through std::terminate, unless the C code between main and the call was
+ * compiled with -fexceptions and something above catches it. Working pictures are different: if they cannot be had,
+ * Start returns 4.
  *
  * BUILDS WITH THE ACCELERATOR
  *
