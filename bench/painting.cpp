@@ -229,17 +229,20 @@ std::vector<painting> constructed_paintings() {
         "isolated heads, then specks: background 70 70 128 128; grid 2 2 172 80 24 24 1 1; grid 13 14 160 70 24 24 1 "
         "1; "
         "specks 2 100 172 42 2 2",
-        "as many as stay unmerged: background 70 70 128 128; grid 1 1 174 142 22 22 2 3; grid 12 12 160 130 22 22 2 3",
-        "as many as stay unmerged, area changes: background 70 70 128 128; grid 1 1 174 142 22 22 2 3; "
-        "grid 12 12 160 130 22 22 2 3; turn 1; grid 1 1 174 142 22 22 4 4; grid 12 12 160 130 22 22 4 4",
-        "refused before a bright wall: background 255 255 128 128; grid 1 1 174 142 22 22 2 3; "
-        "grid 12 12 160 130 22 22 2 3",
+        // Nearest edges of neighbours lie 40 apart in all, the least that keeps boxes of 4 x 6, or of 3 x 3, unmerged.
+        "as many as stay unmerged: background 70 70 128 128; grid 1 1 174 142 24 24 1 2; grid 13 13 160 130 24 24 1 2",
+        "as many specks as stay unmerged: background 70 70 128 128; specks 1 1 175 143 22 22; specks 12 12 164 132 22 "
+        "22",
+        "as many as stay unmerged, area changes: background 70 70 128 128; turn 0; grid 1 1 174 142 24 24 1 2; "
+        "grid 13 13 160 130 24 24 1 2; turn 1; grid 1 1 174 142 24 24 1 1; grid 13 13 160 130 24 24 1 1",
+        "refused before a bright wall: background 255 255 128 128; grid 1 1 174 142 24 24 1 2; "
+        "grid 13 13 160 130 24 24 1 2",
         "salt: background 60 180 128 128; salt 0 0 176 144 120 1",
         "much salt: background 60 180 128 128; salt 0 0 176 144 450 2",
         "everything burns: background 190 235 90 150",
         "everything at the colour limit: background 225 180 100 133; luma 224 181; chroma 100 134; grid 0 0 176 144 2 "
         "1 1 1",
-        "nested frames: frame 0 0 176 144; frame 22 22 132 100; frame 44 44 88 56; frame 66 60 44 24",
+        "nested frames: frame 0 0 176 144; frame 22 22 132 100; frame 44 44 88 56; frame 66 66 44 12",
         "diagonals: line 0 0 120 120; line 30 0 150 120; line 60 0 175 115; line 0 30 110 140; line 0 60 80 140; "
         "line 90 0 175 85; line 0 90 50 140; line 120 0 175 55; line 150 0 175 25",
     };
