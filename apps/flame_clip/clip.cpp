@@ -15,7 +15,7 @@ using json = nlohmann::ordered_json;
 using namespace orva_fire;
 
 uint8_t to_byte(float value) {
-    return static_cast<uint8_t>(std::lround(std::clamp(value, 0.0f, 1.0f) * 255));
+    return static_cast<uint8_t>(std::clamp(value, 0.0f, 1.0f) * 255 + 0.5f);
 }
 
 void copy_bytes(const canvas& from, AVFrame& to) {

@@ -50,6 +50,8 @@ float flame::heat(point place, const shape_now& now, float age) const {
     const float upward = std::max(0.0f, up);
     const float half_width = std::sqrt(std::min(1.0f, 0.45f + upward * 3)) * (1 - smooth(0.0f, 1.2f, upward)) + 0.12f;
     const float body = 1 - std::fabs(across) / half_width;
+    const float most = body * 0.75f + 0.48f * (1.0f + 2.6f * upward);
+    if (most <= 0) return 0;  // beyond the reach of any tongue; spares the costly part
     const float ragged = m_noise.cloud(x * 6, y * 4.5f - scroll * 2.0f, age * 1.6f, 4) - 0.52f;
     const float value = body * 0.75f + ragged * (1.0f + 2.6f * upward) - 0.12f * upward;
     const float foot = smooth(-0.06f, 0.04f, up) * (1 - smooth(0.85f, 1.25f, up));

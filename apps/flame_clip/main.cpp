@@ -5,10 +5,7 @@
 
 #include "apps/flame_clip/clip.h"
 #include "apps/orva_fire/error.h"
-
-extern "C" {
-#include <libavutil/log.h>
-}
+#include "apps/orva_fire/ffmpeg.h"
 
 namespace {
 
@@ -25,7 +22,7 @@ std::string read_size(const std::string& text, int& width, int& height) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    av_log_set_level(AV_LOG_QUIET);
+    orva_fire::silence_messages();
     flame_clip::clip_settings settings;
     std::string size = "640x360";
     bool no_flame = false;

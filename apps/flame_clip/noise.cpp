@@ -21,11 +21,12 @@ float noise::smooth_at(float x, float y, float z) const {
     const float fx = ease(x - static_cast<float>(ix));
     const float fy = ease(y - static_cast<float>(iy));
     const float fz = ease(z - static_cast<float>(iz));
-    const auto layer = [&](int depth) {
-        return between(between(at(ix, iy, depth), at(ix + 1, iy, depth), fx),
-                       between(at(ix, iy + 1, depth), at(ix + 1, iy + 1, depth), fx), fy);
+    const auto in_layer = [&](int depth) {
+        const uint32_t mixed = layer(depth), upper = row(iy, mixed), lower = row(iy + 1, mixed);
+        return between(between(in_row(upper, ix), in_row(upper, ix + 1), fx),
+                       between(in_row(lower, ix), in_row(lower, ix + 1), fx), fy);
     };
-    return between(layer(iz), layer(iz + 1), fz);
+    return between(in_layer(iz), in_layer(iz + 1), fz);
 }
 
 float noise::cloud(float x, float y, float z, int octaves) const {

@@ -87,9 +87,9 @@ void scene::paint_smoke(float age) {
         const float drift = 0.10f * up + 0.12f * (m_noise.smooth_at(up * 3 - age * 0.8f, 51.5f) - 0.5f);
         const float spread = 0.05f + 0.22f * up;
         const float across = (p.x - root.x - drift) / spread;
-        if (std::fabs(across) > 2) return;
         const float column = std::exp(-across * across) * smooth(0, 0.15f, up);
-        const float billow = m_noise.cloud(p.x * 7, p.y * 6 + age * 1.6f, age * 0.4f, 4);
+        if (thick * column < 0.02f) return;
+        const float billow = m_noise.cloud(p.x * 7, p.y * 6 + age * 1.6f, age * 0.4f, 3);
         const float cover = thick * column * smooth(0.35f, 0.75f, billow);
         pixel = mix(pixel, {0.17f, 0.16f, 0.155f}, cover);
     });

@@ -4,9 +4,35 @@
 
 extern "C" {
 #include <libavutil/error.h>
+#include <libavutil/log.h>
 }
 
 namespace orva_fire {
+namespace {
+
+thread_local int t_demuxer_errors = 0;
+
+bool comes_from_demuxer(void* sender) {
+    if (!sender) return false;
+    const AVClass* type = *static_cast<const AVClass* const*>(sender);
+    if (!type) return false;
+    const AVClassCategory category = type->get_category ? type->get_category(sender) : type->category;
+    return category == AV_CLASS_CATEGORY_DEMUXER;
+}
+
+void count_message(void* sender, int level, const char*, va_list) {
+    if (level <= AV_LOG_ERROR && comes_from_demuxer(sender)) ++t_demuxer_errors;
+}
+
+}  // namespace
+
+void silence_messages() {
+    av_log_set_callback(count_message);
+}
+
+int demuxer_errors() {
+    return t_demuxer_errors;
+}
 
 frame_ptr new_frame() {
     frame_ptr frame(av_frame_alloc());

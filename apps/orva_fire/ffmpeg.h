@@ -43,6 +43,13 @@ frame_ptr share_picture(const AVFrame& picture);
 // The text for one of the libraries' negative error numbers.
 std::string error_text(int error);
 
+// Keeps the libraries' own messages off standard error for good; the programs say in their own words what is wrong.
+void silence_messages();
+
+// How many error messages demuxers have had for the calling thread since silence_messages. Some skip damaged parts of
+// a file and tell nobody but the log.
+int demuxer_errors();
+
 // A path as the libraries must see it, so that a name with a colon is never taken for an address.
 std::string file_url(const std::string& path);
 

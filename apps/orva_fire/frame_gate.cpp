@@ -13,8 +13,10 @@ extern "C" {
 namespace orva_fire {
 namespace {
 
-// Time stamps are rounded, to milliseconds in some containers; a picture this much of an interval early is on time.
+// Time stamps are rounded, to milliseconds in some containers, and cameras waver a little; a picture that is early by
+// no more than both of these, a share of the interval and seconds, is on time.
 const double k_early_share = 0.1;
+const double k_early_seconds = 0.005;
 
 // A coder leaves a trace of noise on a repeated picture. On real recordings its mean stays below this many grey levels,
 // and no block of 8 x 8 pixels reaches the second number; the smallest flicker of a flame does at once.
@@ -79,7 +81,7 @@ bool same_bytes(const AVFrame& a, const AVFrame& b) {
 bool rate_limiter::passes(double seconds) {
     if (m_rate <= 0) return true;
     const double interval = 1 / m_rate;
-    if (m_started && seconds < m_due - k_early_share * interval) return false;
+    if (m_started && seconds < m_due - std::min(k_early_share * interval, k_early_seconds)) return false;
     // The grid of moments goes on from the last one, so that rounding does not add up; after a gap it starts afresh.
     m_due = m_started && m_due + interval > seconds ? m_due + interval : seconds + interval;
     m_started = true;

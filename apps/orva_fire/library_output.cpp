@@ -17,12 +17,23 @@ namespace {
 void put_at_one(const std::string& path, int flags) {
     const int file = open(path.c_str(), flags, 0666);
     if (file < 0) throw io_error("cannot write '" + path + "': " + std::strerror(errno));
-    if (file == STDOUT_FILENO) return;  // descriptor 1 was closed
     dup2(file, STDOUT_FILENO);
     close(file);
 }
 
+bool is_writable(int descriptor) {
+    const int flags = fcntl(descriptor, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
+}
+
 }  // namespace
+
+void hold_standard_descriptors() {
+    // open takes the lowest free number, so the gaps fill up in order.
+    for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0) (void)open("/dev/null", O_RDONLY);
+    }
+}
 
 library_output::library_output(const std::string& log_path, int64_t limit) : m_limit(limit) {
     std::fflush(stdout);
@@ -40,6 +51,10 @@ library_output::~library_output() {
     if (m_own < 0) return;
     dup2(m_own, STDOUT_FILENO);
     close(m_own);
+}
+
+int library_output::own_output() const {
+    return is_writable(m_own) ? m_own : -1;
 }
 
 void library_output::discard() {

@@ -11,6 +11,10 @@ namespace orva_fire {
 // A log file never grows beyond this by more than one frame's lines.
 const int64_t k_library_log_limit = 16 * 1024 * 1024;
 
+// Opens /dev/null, for reading, in place of standard descriptors that the program was started without. Otherwise the
+// first files that are opened would take their numbers, and messages would go into them. To be called first of all.
+void hold_standard_descriptors();
+
 class library_output {
 public:
     // log_path: file for the lines, created or emptied; empty to discard them. Throws io_error.
@@ -21,8 +25,8 @@ public:
     library_output(const library_output&) = delete;
     library_output& operator=(const library_output&) = delete;
 
-    // The descriptor that was standard output; -1 if the program was started without one.
-    int own_output() const { return m_own; }
+    // The descriptor that was standard output; -1 if there is none to write to.
+    int own_output() const;
 
     // To be called after each frame: ends the log file once it has reached its limit.
     void check_limit();

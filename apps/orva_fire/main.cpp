@@ -6,18 +6,14 @@
 
 #include "apps/orva_fire/detect.h"
 #include "apps/orva_fire/error.h"
+#include "apps/orva_fire/library_output.h"
 #include "apps/orva_fire/options.h"
-
-extern "C" {
-#include <libavutil/log.h>
-}
 
 int main(int argc, char** argv) {
     using namespace orva_fire;
+    hold_standard_descriptors();
     // A reader that goes away must end in a message and a finished video, not in silence.
     std::signal(SIGPIPE, SIG_IGN);
-    // The program says itself what is wrong with a file, once and in its own words.
-    av_log_set_level(AV_LOG_QUIET);
     try {
         const command wanted = parse_command_line(argc, argv);
         return wanted.detect ? run_detect(*wanted.detect) : wanted.exit_code;

@@ -36,6 +36,7 @@ std::string at_seconds(double seconds) {
 }  // namespace
 
 video_source::video_source(const std::string& path) : m_path(path), m_packet(new_packet()), m_decoded(new_frame()) {
+    silence_messages();
     check_file(path);
     open_container();
     open_decoder();
@@ -137,7 +138,9 @@ void video_source::feed_filter() {
 }
 
 void video_source::feed_decoder() {
+    const int errors = demuxer_errors();
     const int read = av_read_frame(m_input.get(), m_packet.get());
+    if (demuxer_errors() != errors) note_damage();
     if (read == AVERROR(EAGAIN)) return;
     if (read < 0) {
         end_of_packets(read);
@@ -163,18 +166,16 @@ void video_source::end_of_packets(int status) {
     (void)avcodec_send_packet(m_decoder.get(), nullptr);
 }
 
-// Remembers the latest moment that packets cover, of this stream and of all.
+// Remembers the latest moment that packets cover, of this stream and of all. Some containers state a length that counts
+// from 0 and others one that counts from the first picture, so the later of the two readings is kept.
 void video_source::note_end(const AVPacket& packet) {
     const int64_t stamp = packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
     if (stamp == AV_NOPTS_VALUE) return;
     const AVStream& stream = *m_input->streams[packet.stream_index];
-    const double unit = av_q2d(stream.time_base);
-    const double start = stream.start_time != AV_NOPTS_VALUE ? static_cast<double>(stream.start_time) * unit : 0;
-    const double end = static_cast<double>(stamp + packet.duration) * unit;
-    if (&stream == m_stream) m_stream_end = std::max(m_stream_end, end - start);
-    const double file_start =
-        m_input->start_time != AV_NOPTS_VALUE ? static_cast<double>(m_input->start_time) / AV_TIME_BASE : 0;
-    m_file_end = std::max(m_file_end, end - file_start);
+    const int64_t start = stream.start_time != AV_NOPTS_VALUE ? std::min<int64_t>(0, stream.start_time) : 0;
+    const double end = static_cast<double>(stamp + packet.duration - start) * av_q2d(stream.time_base);
+    if (&stream == m_stream) m_stream_end = std::max(m_stream_end, end);
+    m_file_end = std::max(m_file_end, end);
 }
 
 void video_source::note_damage() {

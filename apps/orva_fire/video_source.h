@@ -68,8 +68,8 @@ private:
     std::unique_ptr<picture_filter> m_filter;
 
     int64_t m_next_stamp = 0;  // for pictures without a time stamp, in units of the stream
-    double m_stream_end = 0;   // where the packets of this stream end, in seconds from its start
-    double m_file_end = 0;     // and those of all streams, from the file's start
+    double m_stream_end = 0;   // where the packets of this stream end, in seconds
+    double m_file_end = 0;     // and those of all streams
     bool m_drained = false;
 
     int64_t m_index = 0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -13,7 +14,6 @@
 #include "apps/orva_fire/scaler.h"
 
 extern "C" {
-#include <libavutil/display.h>
 #include <libavutil/opt.h>
 }
 
@@ -44,15 +44,22 @@ orva_fire::codec_ptr open_encoder(const clip_recipe& recipe, bool global_header)
     encoder->color_range = recipe.range;
     encoder->colorspace = recipe.matrix;
     encoder->color_trc = recipe.transfer;
-    // MPEG-2 knows only the rates of television; the others take time stamps as they come.
     encoder->framerate = av_make_q(recipe.rate, 1);
-    encoder->time_base = std::string(recipe.codec) == "mpeg2video" ? av_make_q(1, recipe.rate) : av_make_q(1, k_ticks);
+    // Older codecs, and streams without time stamps, know only a steady rate.
+    const bool any_time = std::string(recipe.codec) == "ffv1" ||
+                          (std::string(recipe.codec) == "libx264" && recipe.path.find(".h264") == std::string::npos);
+    encoder->time_base = any_time ? av_make_q(1, k_ticks) : av_make_q(1, recipe.rate);
     encoder->gop_size = 12;
     encoder->max_b_frames = 0;
     encoder->bit_rate = 4000000;
     encoder->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     if (recipe.interlaced) encoder->flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
     if (global_header) encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    if (std::string(recipe.codec) == "ffv1") {
+        // Check sums, so that damage shows.
+        encoder->level = 3;
+        av_opt_set(encoder->priv_data, "slicecrc", "1", 0);
+    }
     if (std::string(recipe.codec) == "libx264") {
         av_opt_set(encoder->priv_data, "preset", "ultrafast", 0);
         av_opt_set(encoder->priv_data, "crf", "12", 0);
@@ -65,7 +72,11 @@ void set_turn(AVStream& stream, int turn) {
     if (turn == 0) return;
     uint8_t* data = av_stream_new_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, 9 * sizeof(int32_t));
     if (!data) throw std::bad_alloc();
-    av_display_rotation_set(reinterpret_cast<int32_t*>(data), -turn);
+    const double angle = turn * std::acos(-1.0) / 180;
+    const auto cosine = static_cast<int32_t>(std::lround(std::cos(angle) * 65536));
+    const auto sine = static_cast<int32_t>(std::lround(std::sin(angle) * 65536));
+    const int32_t matrix[9] = {cosine, sine, 0, -sine, cosine, 0, 0, 0, 1 << 30};
+    std::memcpy(data, matrix, sizeof matrix);
 }
 
 void write_packets(AVCodecContext& encoder, AVFormatContext& output, AVStream& stream) {
@@ -97,6 +108,7 @@ std::vector<double> steady(int count, double rate) {
 }
 
 void make_clip(const clip_recipe& recipe) {
+    orva_fire::silence_messages();
     AVFormatContext* raw = nullptr;
     check(avformat_alloc_output_context2(&raw, nullptr, nullptr, recipe.path.c_str()), recipe.path);
     const output_ptr output(raw);
@@ -143,9 +155,9 @@ void fire_pictures::paint(double seconds, int index, AVFrame& picture) {
         for (int x = 0; x < painted.width(); ++x) {
             uint8_t* pixel = raw->data[0] + y * raw->linesize[0] + 3 * x;
             const flame_clip::rgb& value = painted.at(x, y);
-            pixel[0] = static_cast<uint8_t>(std::lround(std::clamp(value.r, 0.0f, 1.0f) * 255));
-            pixel[1] = static_cast<uint8_t>(std::lround(std::clamp(value.g, 0.0f, 1.0f) * 255));
-            pixel[2] = static_cast<uint8_t>(std::lround(std::clamp(value.b, 0.0f, 1.0f) * 255));
+            pixel[0] = static_cast<uint8_t>(std::clamp(value.r, 0.0f, 1.0f) * 255 + 0.5f);
+            pixel[1] = static_cast<uint8_t>(std::clamp(value.g, 0.0f, 1.0f) * 255 + 0.5f);
+            pixel[2] = static_cast<uint8_t>(std::clamp(value.b, 0.0f, 1.0f) * 255 + 0.5f);
         }
     }
     orva_fire::scaler().convert(*raw, orva_fire::colour_of(picture), {picture.width, picture.height}, picture.data,

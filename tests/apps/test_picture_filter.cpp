@@ -1,13 +1,12 @@
 // Pictures made upright, progressive and of one size.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstring>
+
 #include "apps/orva_fire/picture_filter.h"
 #include "tests/apps/pictures.h"
 #include "tests/support/rows.h"
-
-extern "C" {
-#include <libavutil/display.h>
-}
 
 namespace {
 
@@ -30,9 +29,15 @@ frame_ptr grey(int width, int height, int64_t milliseconds) {
 
 // --- turns -----------------------------------------------------------------------------------------------------------
 
+// The display matrix whose upper left numbers are a, b / c, d: a point x, y of the source belongs at a*x + c*y, b*x +
+// d*y.
+std::array<int32_t, 9> display_matrix(double a, double b, double c, double d) {
+    const auto fixed = [](double value) { return static_cast<int32_t>(value * 65536); };
+    return {fixed(a), fixed(b), 0, fixed(c), fixed(d), 0, 0, 0, 1 << 30};
+}
+
 struct turn_row : support::named_row {
-    int clockwise;
-    bool mirrored;
+    double a, b, c, d;
     // Where the white corner of the source (its upper left) comes to lie: left or right, top or bottom.
     bool right, bottom;
     bool turned;  // width and height change places
@@ -42,13 +47,11 @@ class upright : public testing::TestWithParam<turn_row> {};
 
 TEST_P(upright, puts_the_corner_there) {
     const turn_row& row = GetParam();
-    int32_t matrix[9];
-    av_display_rotation_set(matrix, -row.clockwise);
-    if (row.mirrored) av_display_matrix_flip(matrix, 1, 0);
+    const auto matrix = display_matrix(row.a, row.b, row.c, row.d);
     frame_ptr source = grey(64, 32, 40);
     paint(*source, 0, 0, 8, 8, k_white);
 
-    picture_filter filter(k_time_base, upright_filters(matrix));
+    picture_filter filter(k_time_base, upright_filters(matrix.data()));
     filter.push(std::move(source));
     frame_ptr picture;
     double seconds = 0;
@@ -61,24 +64,24 @@ TEST_P(upright, puts_the_corner_there) {
     EXPECT_EQ(component(*picture, picture->width / 2, picture->height / 2, 0), 102);
 }
 
-INSTANTIATE_TEST_SUITE_P(table, upright,
-                         testing::Values(turn_row{{"as it is"}, 0, false, false, false, false},
-                                         turn_row{{"a quarter turn clockwise"}, 90, false, true, false, true},
-                                         turn_row{{"half a turn"}, 180, false, true, true, false},
-                                         turn_row{{"a quarter turn counter clockwise"}, 270, false, false, true, true},
-                                         turn_row{{"mirrored"}, 0, true, true, false, false},
-                                         turn_row{{"mirrored and half a turn"}, 180, true, false, true, false}),
-                         row_name());
+INSTANTIATE_TEST_SUITE_P(
+    table, upright,
+    testing::Values(turn_row{{"as it is"}, 1, 0, 0, 1, false, false, false},
+                    turn_row{{"a quarter turn clockwise"}, 0, 1, -1, 0, true, false, true},
+                    turn_row{{"half a turn"}, -1, 0, 0, -1, true, true, false},
+                    turn_row{{"a quarter turn counter clockwise"}, 0, -1, 1, 0, false, true, true},
+                    turn_row{{"left and right changed"}, -1, 0, 0, 1, true, false, false},
+                    turn_row{{"top and bottom changed"}, 1, 0, 0, -1, false, true, false},
+                    turn_row{{"rows and columns changed"}, 0, 1, 1, 0, false, false, true},
+                    turn_row{{"rows and columns changed and half a turn"}, 0, -1, -1, 0, true, true, true}),
+    row_name());
 
 TEST(upright_filters, leave_odd_angles_alone_and_say_so) {
-    int32_t matrix[9];
-    av_display_rotation_set(matrix, 30);
-    EXPECT_EQ(upright_filters(matrix), "");
-    EXPECT_TRUE(has_odd_angle(matrix));
-    av_display_rotation_set(matrix, 90);
-    EXPECT_FALSE(has_odd_angle(matrix));
-    av_display_rotation_set(matrix, 0);
-    EXPECT_FALSE(has_odd_angle(matrix));
+    const auto odd = display_matrix(0.866, 0.5, -0.5, 0.866);
+    EXPECT_EQ(upright_filters(odd.data()), "");
+    EXPECT_TRUE(has_odd_angle(odd.data()));
+    EXPECT_FALSE(has_odd_angle(display_matrix(0, 1, -1, 0).data()));
+    EXPECT_FALSE(has_odd_angle(display_matrix(1, 0, 0, 1).data()));
     EXPECT_EQ(upright_filters(nullptr), "");
     EXPECT_FALSE(has_odd_angle(nullptr));
 }
@@ -120,7 +123,7 @@ TEST(picture_filter, makes_palettes_plain) {
     frame_ptr source = new_picture(AV_PIX_FMT_PAL8, 64, 32);
     for (int y = 0; y < 32; ++y) std::fill_n(source->data[0] + y * source->linesize[0], 64, uint8_t{3});
     const uint32_t orange = 0xffff8000u;
-    memcpy(source->data[1] + 12, &orange, 4);
+    std::memcpy(source->data[1] + 12, &orange, 4);
     picture_filter filter(k_time_base, "");
     filter.push(stamped(std::move(source), 0));
     frame_ptr picture;

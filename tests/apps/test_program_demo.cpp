@@ -14,6 +14,16 @@ namespace {
 using namespace apps_test;
 using nlohmann::json;
 
+// The clip that scripts/demo makes, made once for all tests here.
+const std::string& demo_clip() {
+    static const temporary_folder folder;
+    static const std::string clip = [] {
+        EXPECT_EQ(run_program({FLAME_CLIP_PROGRAM, folder.file("flame.mp4")}).exit_code, 0);
+        return folder.file("flame.mp4");
+    }();
+    return clip;
+}
+
 struct demo_run {
     temporary_folder folder;
     program_result result;
@@ -21,7 +31,7 @@ struct demo_run {
     json about;                 // first line of the truth
     std::map<int, json> truth;  // box by frame
 
-    explicit demo_run(const std::string& clip = ORVA_DEMO_CLIP) {
+    explicit demo_run(const std::string& clip = demo_clip()) {
         result = run_program({ORVA_FIRE_PROGRAM, clip, "-o", folder.file("out")});
         events = json_lines(read_file(folder.file("out/events.jsonl")));
         const auto lines = json_lines(read_file(std::filesystem::path(clip).replace_extension(".truth.jsonl")));
@@ -64,7 +74,7 @@ TEST(demo_clip, has_boxes_where_it_burns) {
 
 TEST(demo_clip, is_annotated_where_it_burns) {
     const demo_run run;
-    orva_fire::video_source plain(ORVA_DEMO_CLIP), annotated(run.folder.file("out/annotated.mp4"));
+    orva_fire::video_source plain(demo_clip()), annotated(run.folder.file("out/annotated.mp4"));
     const int first = run.events.at(0)["frame"];
     const json box = run.events.at(0)["boxes"].at(0);
     orva_fire::source_picture a, b;
@@ -107,7 +117,7 @@ TEST(demo_clip, without_its_flame_is_not_reported) {
 TEST(demo_clip, is_found_in_a_region_at_full_resolution) {
     const temporary_folder folder;
     const program_result result = run_program(
-        {ORVA_FIRE_PROGRAM, ORVA_DEMO_CLIP, "-o", folder.file("out"), "--events", "-", "--region", "60%,40%,30%,50%"});
+        {ORVA_FIRE_PROGRAM, demo_clip(), "-o", folder.file("out"), "--events", "-", "--region", "60%,40%,30%,50%"});
     EXPECT_EQ(result.exit_code, 10) << result.errors;
     for (const json& event : json_lines(result.output)) {
         EXPECT_EQ(event["zone"], "region 1");

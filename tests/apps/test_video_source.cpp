@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
                     kind_row{{"H264 of 10 bits"}, "a.mp4", "libx264", AV_PIX_FMT_YUV420P10LE},
                     kind_row{{"MPEG 4 in AVI"}, "a.avi", "mpeg4", AV_PIX_FMT_YUV420P},
                     kind_row{{"motion JPEG in AVI"}, "a.avi", "mjpeg", AV_PIX_FMT_YUVJ422P},
-                    kind_row{{"MPEG 2 in a program stream"}, "a.mpg", "mpeg2video", AV_PIX_FMT_YUV420P},
+                    kind_row{{"MPEG 2 in a transport stream"}, "a.ts", "mpeg2video", AV_PIX_FMT_YUV420P},
                     kind_row{{"lossless RGB"}, "a.mkv", "ffv1", AV_PIX_FMT_BGR0},
                     kind_row{{"a name with a colon"}, "a:b.mp4", "libx264", AV_PIX_FMT_YUV420P}),
     row_name());
