@@ -141,6 +141,27 @@ TEST_F(mixed_channel, frames_with_an_odd_stride_keep_the_last_picture_where_soft
     }
 }
 
+// Back from such frames the difference is wrong once: software left the last picture in the processor's copy of the
+// buffer, the engine takes the difference in memory, and the flush then writes the left picture over it.
+TEST_F(mixed_channel, the_first_frame_on_the_engine_after_odd_strides_sees_the_last_picture_as_its_difference) {
+    channel_pair pair(fakes::whole_picture());
+    chip_camera odd(96, 80, 104, 0, 1);
+    chip_camera plain(96, 80, 0, 0, 1);
+    for (chip_camera* view : {&odd, &plain}) {
+        view->noisy = false;
+        view->burning = false;
+    }
+    const auto seen = [&] {
+        return static_cast<unsigned char*>(
+            orva_fd::test_access::diff_mem(orva_fd::test_access::stage(pair.channel())).virt_addr())[0];
+    };
+    for (int frame = 0; frame < 3; ++frame) EXPECT_EQ(pair.compare(odd.next()), "");
+    EXPECT_EQ(pair.compare(plain.next()), "");
+    EXPECT_EQ(seen(), 50);
+    EXPECT_EQ(pair.compare(plain.next()), "");
+    EXPECT_EQ(seen(), 0) << "from then on it is right";
+}
+
 // An odd region on an odd stride is software's, but for one step: the copy of the finished mask has no size or address
 // to object to and goes to the engine, which finds in memory what was flushed last: the difference. The mask's picture
 // then holds differences; the components, found by software in its own copy, are right.
