@@ -1,12 +1,15 @@
 // A channel on the stand-in against its plain twin: frames that all qualify. Codes, results, lines and working images.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <iostream>
+#include <thread>
 #include <vector>
 
 #include "tests/fakes/channel_pair.h"
 #include "tests/fakes/chip_camera.h"
 #include "tests/fakes/chip_test.h"
+#include "tests/support/capture.h"
 
 namespace {
 
@@ -82,6 +85,40 @@ TEST_F(accelerated_channel, agrees_when_the_engine_is_reset_under_a_job_that_is_
     for (int frame = 0; frame < 80 && !HasFailure(); ++frame) {
         standin::time_out_engine(frame % 3);
         EXPECT_EQ(pair.compare(view.next()), "") << "frame " << frame;
+    }
+}
+
+// Results of one channel on its own camera, through the exported functions.
+std::vector<fd_result> results_of(std::uint32_t seed) {
+    std::vector<fd_result> results;
+    int handle = -1;
+    EXPECT_EQ(ORVA_FireDetection_Start(&handle, fakes::whole_picture()), 0);
+    EXPECT_EQ(ORVA_FireDetection_SetSensitiveGrade(handle, 100), 0);
+    chip_camera view(96, 80, 0, 0, seed);
+    for (int frame = 0; frame < 70; ++frame) {
+        fd_result result;
+        EXPECT_EQ(ORVA_FireDetection_SetFrame(handle, view.next(), &result), 0);
+        results.push_back(result);
+    }
+    EXPECT_EQ(ORVA_FireDetection_Stop(handle), 0);
+    return results;
+}
+
+TEST_F(accelerated_channel, four_threads_on_four_channels_get_what_each_gets_alone) {
+    const support::captured_output silence;
+    ASSERT_EQ(ORVA_FireDetection_Init(), 0);
+    std::vector<std::vector<fd_result>> alone, together(4);
+    for (std::uint32_t seed = 0; seed < 4; ++seed) alone.push_back(results_of(seed));
+    std::vector<std::thread> threads;
+    for (std::uint32_t seed = 0; seed < 4; ++seed)
+        threads.emplace_back([&together, seed] { together[seed] = results_of(seed); });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(ORVA_FireDetection_UnInit(), 0);
+    for (std::size_t channel = 0; channel < 4; ++channel) {
+        EXPECT_GT(alone[channel].back().count, 0);
+        ASSERT_EQ(together[channel].size(), alone[channel].size());
+        const std::size_t bytes = alone[channel].size() * sizeof(fd_result);
+        EXPECT_EQ(std::memcmp(together[channel].data(), alone[channel].data(), bytes), 0) << "channel " << channel;
     }
 }
 
