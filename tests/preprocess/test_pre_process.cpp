@@ -432,4 +432,40 @@ TEST_F(pre_process_test, holds_the_bytes_of_the_plain_twin_in_all_small_sizes) {
     EXPECT_GT(both.components_seen(), 1000);
 }
 
+// Differences of every value from 0 to 45 in random shares, beside clusters of larger ones, on pictures in which all
+// pixels have the colour of flame: a threshold that is off by one changes the mask. Large pictures let the products of
+// the search wrap.
+TEST_F(pre_process_test, finds_the_threshold_of_the_plain_twin) {
+    support::random_source random;
+    stage_and_twin both;
+    for (int round = 0; round < 400; ++round) {
+        const bool large = round % 4 == 0;
+        const int width = large ? 352 : random.between(8, 90), height = large ? 288 : random.between(4, 60);
+        nv21_picture before(width, height), after(width, height);
+        const int luma = random.between(140, 170), shares = random.between(1, 6);
+        int values[6], weights[6];
+        for (int i = 0; i < shares; ++i) {
+            values[i] = random.below(3) == 0 ? random.between(40, luma) : random.between(0, 45);
+            weights[i] = random.between(1, 1 << random.below(12));
+        }
+        before.paint_all(luma, support::k_flame_u, support::k_flame_v);
+        after.paint_all(luma, support::k_flame_u, support::k_flame_v);
+        int total = 0;
+        for (int i = 0; i < shares; ++i) total += weights[i];
+        const int stray = random.between(1, 60);
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                int pick = random.below(total), i = 0;
+                while (pick >= weights[i]) pick -= weights[i++];
+                int difference = random.below(stray) == 0 ? random.below(46) : values[i];
+                if (random.below(2) == 0 && luma + difference <= 255) difference = -difference;
+                after.luma_at(x, y) = static_cast<unsigned char>(luma - difference);
+            }
+        }
+        ASSERT_EQ(both.step(before.frame()), "") << "round " << round << ", seed " << random.seed();
+        ASSERT_EQ(both.step(after.frame()), "")
+            << "round " << round << ", " << width << " x " << height << ", seed " << random.seed();
+    }
+}
+
 }  // namespace

@@ -1,0 +1,126 @@
+// Labelling row by row: the same components as labelling the whole image, in all its special cases.
+#include "imgproc/run_labeller.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/reference/ref_label.h"
+#include "tests/support/images.h"
+#include "tests/support/random.h"
+
+namespace {
+
+using orva_fd::con_info;
+using orva_fd::run_labeller;
+using support::grey_image;
+
+std::string text_of(const std::vector<con_info>& components) {
+    std::string text;
+    for (const con_info& c : components) {
+        text += std::to_string(c.area) + ": " + std::to_string(c.left) + " to " + std::to_string(c.right) + ", " +
+                std::to_string(c.top) + " to " + std::to_string(c.bottom) + "; ";
+    }
+    return text;
+}
+
+// Rows without foreground are left out when `sparse`.
+std::vector<con_info> label(run_labeller& labeller, const grey_image& image, bool sparse,
+                            std::vector<con_info> out = {}) {
+    labeller.begin();
+    for (int y = 0; y < image.height(); ++y) {
+        bool any = false;
+        for (int x = 0; x < image.width(); ++x) any = any || image.at(x, y) != 0;
+        if (any || !sparse) labeller.add_row(image.data() + y * image.stride(), image.width(), y);
+    }
+    labeller.finish(out);
+    return out;
+}
+
+std::vector<con_info> twin_label(grey_image& image, const std::vector<con_info>& held = {}) {
+    std::vector<ref::component> out;
+    for (const con_info& c : held) out.push_back({c.area, c.left, c.right, c.top, c.bottom});
+    ref::label_components({image.data(), image.width(), image.height(), image.stride()}, out);
+    std::vector<con_info> same;
+    for (const ref::component& c : out) same.push_back({c.area, c.left, c.right, c.top, c.bottom});
+    return same;
+}
+
+TEST(run_labeller, leaves_out_alone_without_foreground) {
+    run_labeller labeller;
+    grey_image image(8, 8);
+    EXPECT_EQ(text_of(label(labeller, image, false, {{5, 1, 2, 3, 4}})), "5: 1 to 2, 3 to 4; ");
+    EXPECT_EQ(text_of(label(labeller, image, true, {{5, 1, 2, 3, 4}})), "5: 1 to 2, 3 to 4; ");
+}
+
+TEST(run_labeller, adds_to_the_records_that_out_held) {
+    run_labeller labeller;
+    const grey_image image = grey_image::drawn({"..#.", "#..."});
+    EXPECT_EQ(text_of(label(labeller, image, false, {{5, 3, 4, 2, 3}})), "6: 2 to 4, 0 to 3; 1: 0 to 0, 1 to 1; ");
+    EXPECT_EQ(text_of(label(labeller, image, false, {{5, 3, 4, 2, 3}, {1, 2, 2, 2, 2}, {1, 2, 2, 2, 2}})),
+              "6: 2 to 4, 0 to 3; 2: 0 to 2, 1 to 2; ");
+}
+
+TEST(run_labeller, does_not_join_over_a_row_that_was_left_out) {
+    run_labeller labeller;
+    const grey_image image = grey_image::drawn({"###", "...", "###"});
+    EXPECT_EQ(text_of(label(labeller, image, true)), "3: 0 to 2, 0 to 0; 3: 0 to 2, 2 to 2; ");
+}
+
+TEST(run_labeller, begins_each_image_anew) {
+    run_labeller labeller;
+    grey_image first = grey_image::drawn({"...", "...", "###"}),
+               second = grey_image::drawn({"...", "...", "...", "###"});
+    EXPECT_EQ(text_of(label(labeller, first, true)), "3: 0 to 2, 2 to 2; ");
+    EXPECT_EQ(text_of(label(labeller, second, true)), "3: 0 to 2, 3 to 3; ");
+    EXPECT_EQ(text_of(label(labeller, first, true)), "3: 0 to 2, 2 to 2; ");
+}
+
+TEST(run_labeller, joins_arms_whose_labels_are_far_apart) {
+    run_labeller labeller;
+    // A comb of 100 teeth, then a bar that joins all, then another comb.
+    grey_image image(200, 9);
+    for (int x = 0; x < 200; x += 2) image.fill_rect(x, 0, 1, 4, 255);
+    image.fill_rect(0, 4, 200, 1, 255);
+    for (int x = 0; x < 200; x += 2) image.fill_rect(x, 6, 1, 3, 255);
+    const std::vector<con_info> found = label(labeller, image, true);
+    ASSERT_EQ(found.size(), 101u);
+    EXPECT_EQ(text_of({found[0]}), "600: 0 to 199, 0 to 4; ");
+    EXPECT_EQ(text_of({found[100]}), "3: 198 to 198, 6 to 8; ");
+}
+
+TEST(run_labeller, equals_a_flood_fill_over_all_images_of_4_x_4) {
+    run_labeller labeller;
+    grey_image image(4, 4);
+    for (unsigned bits = 0; bits < 65536; ++bits) {
+        for (int i = 0; i < 16; ++i) image.data()[i] = static_cast<unsigned char>((bits >> i & 1) != 0 ? 255 : 0);
+        ASSERT_EQ(text_of(label(labeller, image, bits % 2 == 0)), text_of(twin_label(image))) << "bits " << bits;
+    }
+}
+
+// One object for all images, as in a channel; with and without memory obtained beforehand.
+TEST(run_labeller, equals_a_flood_fill_on_random_images) {
+    support::random_source random;
+    run_labeller kept;
+    kept.reserve(352, 352 * 288 / 2);
+    for (int round = 0; round < 2000; ++round) {
+        const bool large = round % 100 == 0;
+        const int width = large ? 352 : random.between(1, 70), height = large ? 288 : random.between(1, 30);
+        const int percent = random.between(2, 98);
+        grey_image image(width, height, width + random.below(4));
+        for (std::size_t i = 0; i < image.length(); ++i) {
+            image.data()[i] = static_cast<unsigned char>(random.below(100) < percent ? random.between(1, 255) : 0);
+        }
+        std::vector<con_info> held;
+        for (int i = random.below(3); i > 0; --i) held.push_back({random.below(99), 3, 9, 2, 7});
+        run_labeller fresh;
+        const std::string wanted = text_of(twin_label(image, held));
+        const bool sparse = random.below(2) == 0;
+        ASSERT_EQ(text_of(label(kept, image, sparse, held)), wanted) << "round " << round << ", seed " << random.seed();
+        ASSERT_EQ(text_of(label(fresh, image, sparse, held)), wanted)
+            << "round " << round << ", seed " << random.seed();
+    }
+}
+
+}  // namespace
