@@ -31,6 +31,18 @@ std::string text_at(const std::vector<char>& bytes, std::size_t at) {
     return text;
 }
 
+// Texts that lie one after the other, joined.
+std::string texts_in(const std::vector<char>& bytes, std::size_t at, std::size_t size) {
+    std::string all;
+    const std::size_t end = std::min(bytes.size(), at + size);
+    while (at < end) {
+        const std::string one = text_at(bytes, at);
+        if (!one.empty()) all += (all.empty() ? "" : " and ") + one;
+        at += one.size() + 1;
+    }
+    return all;
+}
+
 }  // namespace
 
 std::string processor_name() {
@@ -124,7 +136,7 @@ library_file inspect_library(const std::string& path) {
     for (const ElfW(Shdr) & section : sections) {
         if ((section.sh_flags & SHF_EXECINSTR) != 0) result.code_bytes += section.sh_size;
         if (text_at(bytes, sections[header.e_shstrndx].sh_offset + section.sh_name) == ".comment")
-            result.compiler = text_at(bytes, section.sh_offset);
+            result.compiler = texts_in(bytes, section.sh_offset, section.sh_size);
     }
     return result;
 }
