@@ -241,25 +241,31 @@ void box_merger::note_growth(int growth) {
     m_slack_block = k_none;
 }
 
-// The first open box that is close to the probe. Blocks that were passed stay passed until the probe has grown enough.
+// The first open box that is close to the probe. Blocks that were passed stay passed until the probe has grown enough,
+// and boxes of the block in work until it grows at all.
 std::size_t box_merger::next_open_close(std::size_t probe) {
-    const columns& c = m_open_columns;
     for (; m_from < m_wake.size(); ++m_from) {
         if (m_wake[m_from] > m_growth) continue;
+        if (m_slack_block != m_from) measure_block(probe);
         const std::size_t first = m_from * k_block;
-        if (m_slack_block != m_from) {
-            slack_row(c.left.data() + first, c.right.data() + first, c.top.data() + first, c.bottom.data() + first,
-                      c.size.data() + first, probe_of(m_settled[probe]), m_slack.data(), static_cast<int>(k_block));
-            m_slack_block = m_from;
+        for (; m_slack_at < k_block; ++m_slack_at) {
+            if (m_slack[m_slack_at] < 0) return first + m_slack_at;
         }
-        int least = INT_MAX;
-        for (std::size_t i = 0; i < k_block; ++i) {
-            if (m_slack[i] < 0) return first + i;
-            least = nearer(least, m_slack[i]);
-        }
-        m_wake[m_from] = m_growth + growth_to_reach(least);
+        m_wake[m_from] = m_growth + growth_to_reach(m_slack_least);
     }
     return k_none;
+}
+
+void box_merger::measure_block(std::size_t probe) {
+    const columns& c = m_open_columns;
+    const std::size_t first = m_from * k_block;
+    const int least =
+        slack_row(c.left.data() + first, c.right.data() + first, c.top.data() + first, c.bottom.data() + first,
+                  c.size.data() + first, probe_of(m_settled[probe]), m_slack.data(), static_cast<int>(k_block));
+    m_slack_block = m_from;
+    m_slack_at = least < 0 ? 0 : k_block;
+    m_slack_least =
+        farther(least, 0);  // if boxes are taken from the block, it is looked at again after the next growth
 }
 
 void box_merger::take_open(std::size_t i) {

@@ -45,6 +45,7 @@ private:
     void start_search(std::size_t probe);
     void note_growth(int growth);
     std::size_t next_open_close(std::size_t probe);
+    void measure_block(std::size_t probe);
     void take_open(std::size_t i);
 
     std::vector<con_info> m_settled;  // no two of them are close, but for the last one in work
@@ -61,8 +62,10 @@ private:
     int m_growth;               // of the probe, in pixels its edges moved outward, since start_search
     std::size_t m_next;         // first open box that was not settled yet
     std::size_t m_from;         // blocks before this are not due
-    std::size_t m_slack_block;  // the block that m_slack describes, or none
+    std::size_t m_slack_block;  // the block that the following describe, or none
     std::vector<int> m_slack;   // distance beyond the limit for each box of it
+    int m_slack_least;
+    std::size_t m_slack_at;  // boxes before this one were passed
 };
 
 }  // namespace orva_fd

@@ -39,20 +39,11 @@ inline uint64_t foreground_bits(const unsigned char* row, int count) {
     return bits;
 }
 
-// Pixels counted in 32 bits that wrap, as the runs' records do.
 con_info start_record() {
     con_info record = {};
     record.left = k_max_width;
     record.top = k_max_height;
     return record;
-}
-
-void widen(con_info& box, const con_info& other) {
-    box.left = std::min(box.left, other.left);
-    box.right = std::max(box.right, other.right);
-    box.top = std::min(box.top, other.top);
-    box.bottom = std::max(box.bottom, other.bottom);
-    box.area += other.area;
 }
 
 }  // namespace
@@ -107,30 +98,43 @@ int run_labeller::root_of(int at) {
 
 // The smaller label stays, so a component's root is the label of its first run.
 void run_labeller::join(int a, int b) {
-    const int keep = std::min(a, b);
-    const int gone = std::max(a, b);
-    m_labels[static_cast<std::size_t>(gone)].parent = keep;
-    widen(m_labels[static_cast<std::size_t>(keep)].box, m_labels[static_cast<std::size_t>(gone)].box);
+    label& keep = m_labels[static_cast<std::size_t>(std::min(a, b))];
+    label& gone = m_labels[static_cast<std::size_t>(std::max(a, b))];
+    gone.parent = keep.parent;
+    keep.area += gone.area;
+    keep.left = std::min(keep.left, gone.left);
+    keep.right = std::max(keep.right, gone.right);
+    keep.top = std::min(keep.top, gone.top);
+    keep.bottom = std::max(keep.bottom, gone.bottom);
 }
 
 // Gives a run its label and joins what it touches above. `above` ends at the last run that may touch the next one too.
 void run_labeller::place(run* current, const run*& above, const run* above_end, int y) {
+    const int length = current->last - current->first + 1;
+    const int first = static_cast<int16_t>(current->first);
+    const int last = static_cast<int16_t>(current->last);
+    const int row = static_cast<int16_t>(y);
     while (above != above_end && above->last < current->first) ++above;
-    int root = -1;
-    for (const run* touching = above; touching != above_end && touching->first <= current->last; ++touching) {
-        const int other = root_of(touching->label);
-        if (root >= 0 && root != other) join(root, other);
-        root = root < 0 ? other : std::min(root, other);
-    }
-    if (root < 0) {
-        root = static_cast<int>(m_labels.size());
-        const label fresh = {root, start_record()};
+    if (above == above_end || above->first > current->last) {
+        current->label = static_cast<int>(m_labels.size());
+        const label fresh = {current->label, length, first, last, row, row};
         m_labels.push_back(fresh);
+        return;
+    }
+    int root = root_of(above->label);
+    for (const run* touching = above + 1; touching != above_end && touching->first <= current->last; ++touching) {
+        const int other = root_of(touching->label);
+        if (other == root) continue;
+        join(root, other);
+        root = std::min(root, other);
     }
     current->label = root;
-    const con_info box = {current->last - current->first + 1, static_cast<int16_t>(current->first),
-                          static_cast<int16_t>(current->last), static_cast<int16_t>(y), static_cast<int16_t>(y)};
-    widen(m_labels[static_cast<std::size_t>(root)].box, box);
+    label& own = m_labels[static_cast<std::size_t>(root)];
+    own.area += length;
+    own.left = std::min(own.left, first);
+    own.right = std::max(own.right, last);
+    own.top = std::min(own.top, row);
+    own.bottom = std::max(own.bottom, row);
 }
 
 void run_labeller::add_row(const unsigned char* row, int width, int y) {
@@ -145,13 +149,24 @@ void run_labeller::add_row(const unsigned char* row, int width, int y) {
 
 void run_labeller::finish(std::vector<con_info>& out) {
     if (m_labels.empty()) return;
-    std::size_t components = 0;
-    for (std::size_t i = 0; i < m_labels.size(); ++i) components += m_labels[i].parent == static_cast<int>(i) ? 1u : 0u;
-    out.resize(components, start_record());
+    const std::size_t held = out.size();
     std::size_t component = 0;
     for (std::size_t i = 0; i < m_labels.size(); ++i) {
-        if (m_labels[i].parent == static_cast<int>(i)) widen(out[component++], m_labels[i].box);
+        const label& root = m_labels[i];
+        if (root.parent != static_cast<int>(i)) continue;
+        const con_info before = component < held ? out[component] : start_record();
+        const con_info record = {before.area + root.area, static_cast<int16_t>(std::min<int>(before.left, root.left)),
+                                 static_cast<int16_t>(std::max<int>(before.right, root.right)),
+                                 static_cast<int16_t>(std::min<int>(before.top, root.top)),
+                                 static_cast<int16_t>(std::max<int>(before.bottom, root.bottom))};
+        if (component < held) {
+            out[component] = record;
+        } else {
+            out.push_back(record);
+        }
+        ++component;
     }
+    out.resize(component);
 }
 
 }  // namespace orva_fd

@@ -36,9 +36,14 @@ private:
         int last;
         int label;
     };
+    // Edges hold 16-bit values, as the records do.
     struct label {
         int parent;  // itself for a root; always the smaller label
-        con_info box;
+        int area;
+        int left;
+        int right;
+        int top;
+        int bottom;
     };
 
     std::size_t find_runs(const unsigned char* row, int width);

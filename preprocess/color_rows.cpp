@@ -121,10 +121,12 @@ ORVA_ROW_FUNCTION
 void flame_saturation_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
                           unsigned char* pass, int width) {
     for (int x = 0; x < width; ++x) {
-        const short sum = static_cast<short>(red[x] + green[x] + blue[x]);
-        const short scale = static_cast<short>(11 * red[x] - 1305);
-        const short b = blue[x];
-        pass[x] = static_cast<unsigned char>(pass[x] & (sum > 350) & (4500 * b <= sum * scale));
+        const uint16_t sum = static_cast<uint16_t>(red[x] + green[x] + blue[x]);
+        const uint16_t scale = static_cast<uint16_t>(11 * red[x] - 1305);  // not negative where red is above 150
+        const uint16_t b = blue[x];
+        const uint16_t factor = 4500;
+        const bool pure = static_cast<uint32_t>(factor) * b <= static_cast<uint32_t>(sum) * scale;
+        pass[x] = static_cast<unsigned char>(pass[x] & (sum > 350) & pure);
     }
 }
 
