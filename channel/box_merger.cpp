@@ -1,78 +1,21 @@
 #include "channel/box_merger.h"
 
 #include <algorithm>
-#include <climits>
-#include <cstdlib>
 
-#include "imgproc/rows.h"
+#include "channel/box_rows.h"
 
 namespace orva_fd {
 
 namespace {
 
-const int k_nearest_limit = 40;   // boxes nearer than this are always close
-const int k_farthest_limit = 80;  // boxes as far as this never are
 const std::size_t k_block = 32;
 const std::size_t k_none = static_cast<std::size_t>(-1);
 const int k_far_away = 1 << 28;  // no sum of two distances to it overflows
 
-struct probe_box {
-    int left;
-    int right;
-    int top;
-    int bottom;
-    int size;
-};
-
-inline int nearer(int a, int b) {
-    return a < b ? a : b;
-}
-inline int farther(int a, int b) {
-    return a > b ? a : b;
-}
-
-// Least distance between an edge of one span and an edge of the other.
-inline int edge_distance(int a_low, int a_high, int b_low, int b_high) {
-    return nearer(nearer(std::abs(a_low - b_low), std::abs(a_low - b_high)),
-                  nearer(std::abs(a_high - b_low), std::abs(a_high - b_high)));
-}
-
-// How far each box lies beyond the limit at which it is close to the probe; negative if it is close. Returns the least.
-ORVA_ROW_FUNCTION
-int slack_row(const int* left, const int* right, const int* top, const int* bottom, const int* size, probe_box probe,
-              int* slack, int count) {
-    int least = INT_MAX;
-    for (int i = 0; i < count; ++i) {
-        const int dx = edge_distance(probe.left, probe.right, left[i], right[i]);
-        const int dy = edge_distance(probe.top, probe.bottom, top[i], bottom[i]);
-        const int limit = farther(k_nearest_limit, nearer((probe.size + size[i]) >> 1, k_farthest_limit));
-        slack[i] = dx + dy - limit;
-        least = nearer(least, slack[i]);
-    }
-    return least;
-}
-
-// Distance of a point from a span; 0 inside.
-inline int outside(int at, int low, int high) {
-    return farther(farther(low - at, at - high), 0);
-}
-
-// For frames around blocks of boxes: growth of the probe below which no box inside can be close.
 // A box with slack s is not close before the probe's edges moved by d pixels with 3 * d + 1 > 2 * s: its distance
 // shrinks by d at most, and the limit grows by (d + 1) / 2 at most.
-inline int growth_to_reach(int slack) {
-    return slack < 0 ? 0 : farther(1, (2 * slack - 1) / 3 + 1);
-}
-
-ORVA_ROW_FUNCTION
-void wake_row(const int* left, const int* right, const int* top, const int* bottom, probe_box probe, int* wake,
-              int count) {
-    for (int i = 0; i < count; ++i) {
-        const int dx = nearer(outside(probe.left, left[i], right[i]), outside(probe.right, left[i], right[i]));
-        const int dy = nearer(outside(probe.top, top[i], bottom[i]), outside(probe.bottom, top[i], bottom[i]));
-        const int slack = dx + dy - k_farthest_limit;
-        wake[i] = slack < 0 ? 0 : slack / 2 + 1;  // at most what growth_to_reach says
-    }
+int growth_to_reach(int slack) {
+    return std::max(1, (2 * slack - 1) / 3 + 1);
 }
 
 probe_box probe_of(const con_info& box) {
@@ -212,6 +155,7 @@ void box_merger::drop_settled(std::size_t i) {
 }
 
 std::size_t box_merger::first_settled_close(std::size_t from, std::size_t to, std::size_t probe) {
+    if (from == to) return to;
     const columns& c = m_settled_columns;
     m_scratch.resize(m_settled.size());
     const int least =
@@ -265,7 +209,7 @@ void box_merger::measure_block(std::size_t probe) {
     m_slack_block = m_from;
     m_slack_at = least < 0 ? 0 : k_block;
     m_slack_least =
-        farther(least, 0);  // if boxes are taken from the block, it is looked at again after the next growth
+        std::max(least, 0);  // if boxes are taken from the block, it is looked at again after the next growth
 }
 
 void box_merger::take_open(std::size_t i) {
