@@ -11,7 +11,7 @@ program_packages=(
 )
 
 # What the tests need besides.
-test_packages=(libgtest-dev clang libclang-rt-14-dev clang-format python3 binutils git)
+test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 binutils git)
 
 say() { printf '%s: %s\n' "$(basename "$0")" "$*"; }
 
