@@ -52,7 +52,10 @@ void scaler::rebuild(picture_size from, const picture_colour& source, const pict
     // routine that copies bytes, and the later call for ranges and matrices changes nothing any more.
     set_option(context, "src_range", source.full_range && !source.rgb);
     set_option(context, "dst_range", target.full_range);
-    set_option(context, "sws_flags", SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP);
+    // The mean over the area that becomes one pixel: filters that sharpen, such as the bicubic one, give bright things
+    // brighter rims, which more often pass for fire. On 92 recordings both found the same 20 fires, in 5 % more frames
+    // this way, and false reports fell from 11 recordings to 9.
+    set_option(context, "sws_flags", SWS_AREA | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP);
     const int status = sws_init_context(context, nullptr, nullptr);
     if (status < 0) {
         m_context.reset();
