@@ -13,9 +13,9 @@ struct kind_name {
     const char* word;
     int values;
 };
-const kind_name k_kinds[k_stroke_kinds] = {{"grid", 8},   {"line", 4}, {"frame", 4},     {"comb", 5},   {"spiral", 5},
-                                           {"stairs", 7}, {"salt", 6}, {"clear", 4},     {"specks", 6}, {"luma", 2},
-                                           {"chroma", 2}, {"turn", 1}, {"background", 4}};
+const kind_name k_kinds[k_stroke_kinds] = {{"grid", 8},   {"line", 4},   {"frame", 4}, {"comb", 5},      {"spiral", 5},
+                                           {"stairs", 7}, {"salt", 6},   {"clear", 4}, {"specks", 6},    {"lattice", 8},
+                                           {"luma", 2},   {"chroma", 2}, {"turn", 1},  {"background", 4}};
 
 // Two pictures and the state of the brush.
 class canvas {
@@ -46,6 +46,8 @@ public:
                 return fill(v[0], v[1], v[2], v[3], false);
             case stroke_specks:
                 return specks(v);
+            case stroke_lattice:
+                return lattice(v);
             case stroke_luma:
                 std::copy(v, v + 2, m_luma);
                 return;
@@ -147,18 +149,35 @@ private:
         }
     }
 
-    // One pixel moves; its dilation reaches into the block before it with one corner, and only that block burns. So one
-    // pixel of the mask remains and becomes 3 x 3.
+    // One pixel moves; its dilation reaches into a neighbouring block with one corner, and only that block burns. So
+    // one pixel of the mask remains, and becomes 3 x 3. x, y: that pixel.
+    void speck(int x, int y) {
+        const int moving_x = x + (x % 2 == 0 ? -1 : 1);
+        const int moving_y = y + (y % 2 == 0 ? -1 : 1);
+        if (x < 1 || y < 1 || x > 2 * m_columns - 2 || y > 2 * m_rows - 2) return;
+        for (int turn = 0; turn < 2; ++turn) {
+            if (!painting_in(turn)) continue;
+            picture& p = m_turns[static_cast<std::size_t>(turn)];
+            p.set_chroma(x, y, m_chroma[0], m_chroma[1]);
+            for (int i = 0; i < 4; ++i) p.set_luma(x / 2 * 2 + i % 2, y / 2 * 2 + i / 2, m_luma[0]);
+            p.set_luma(moving_x, moving_y, m_luma[turn]);
+        }
+    }
+
     void specks(const int* v) {
         for (int y = std::max(1, v[1]); y < std::min(m_rows - 1, v[1] + v[3]); y += std::max(2, v[5])) {
-            for (int x = std::max(1, v[0]); x < std::min(m_columns - 1, v[0] + v[2]); x += std::max(2, v[4])) {
-                for (int turn = 0; turn < 2; ++turn) {
-                    if (!painting_in(turn)) continue;
-                    picture& p = m_turns[static_cast<std::size_t>(turn)];
-                    p.set_luma(2 * x, 2 * y, m_luma[turn]);
-                    p.set_chroma(2 * x - 2, 2 * y - 2, m_chroma[0], m_chroma[1]);
-                    for (int i = 0; i < 4; ++i) p.set_luma(2 * x - 2 + i % 2, 2 * y - 2 + i / 2, m_luma[0]);
-                }
+            for (int x = std::max(1, v[0]); x < std::min(m_columns - 1, v[0] + v[2]); x += std::max(2, v[4]))
+                speck(2 * x - 1, 2 * y - 1);
+        }
+    }
+
+    void lattice(const int* v) {
+        const int most = 400;  // steps to either side reach every pixel from every corner
+        for (int i = -most; i <= most; ++i) {
+            for (int j = -most; j <= most; ++j) {
+                const int x = i * v[4] + j * v[6];
+                const int y = i * v[5] + j * v[7];
+                if (x >= 0 && y >= 0 && x < 2 * v[2] && y < 2 * v[3]) speck(2 * v[0] + x, 2 * v[1] + y);
             }
         }
     }
@@ -219,6 +238,8 @@ scene paint(const painting& p, int width, int height) {
 std::vector<painting> constructed_paintings() {
     const char* const texts[] = {
         "specks: background 70 70 128 128; specks 1 1 175 143 2 2",
+        // Squares of 3 x 3 that touch at corners only, one in 15 pixels.
+        "densest specks: background 70 70 128 128; lattice 0 0 176 144 4 1 1 4",
         "specks before moving grey: background 60 180 128 128; specks 1 1 175 143 2 2; grid 0 0 176 144 3 3 1 1",
         "grid of 4 x 4: background 60 180 128 128; grid 0 0 176 144 3 3 1 1",
         "grid of 6 x 6: background 60 180 128 128; grid 0 0 176 144 4 4 2 2",

@@ -23,6 +23,7 @@ enum stroke_kind {
     stroke_salt,        // x y width height permille seed
     stroke_clear,       // x y width height
     stroke_specks,      // x y width height pitch_x pitch_y: single pixels, dilated to 3 x 3
+    stroke_lattice,     // x y width height, then two steps in pixels, a_x a_y b_x b_y: single pixels at all their sums
     stroke_luma,        // luma of painted blocks in turn 0 and in turn 1, from here on
     stroke_chroma,      // u v, from here on
     stroke_turn,        // paint in turn 0, in turn 1, or in both (2), from here on

@@ -35,6 +35,9 @@ int random_value(stroke_kind kind, int index, random_source& random) {
             if (index == 2) return random.between(1, 120);
             if (index > 2) return random.between(index > 4 ? 1 : -12, 12);
             return random_position(random, index == 0 ? k_columns : k_rows);
+        case stroke_lattice:
+            if (index >= 4) return random.between(-6, 6);
+            break;
         case stroke_salt:
             if (index == 4) return random.between(1, 600);
             if (index == 5) return random.below(1000000);
