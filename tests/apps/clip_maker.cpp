@@ -14,6 +14,7 @@
 #include "apps/orva_fire/scaler.h"
 
 extern "C" {
+#include <libavutil/dict.h>
 #include <libavutil/opt.h>
 }
 
@@ -120,7 +121,12 @@ void make_clip(const clip_recipe& recipe) {
     stream->avg_frame_rate = encoder->framerate;
     set_turn(*stream, recipe.turn);
     check(avio_open(&output->pb, recipe.path.c_str(), AVIO_FLAG_WRITE), recipe.path);
-    check(avformat_write_header(output.get(), nullptr), "header");
+    // The index of an mp4 goes to the front, so that a file cut short can still be opened.
+    AVDictionary* options = nullptr;
+    if (recipe.index_first) av_dict_set(&options, "movflags", "+faststart", 0);
+    const int status = avformat_write_header(output.get(), &options);
+    av_dict_free(&options);
+    check(status, "header");
     for (size_t i = 0; i < recipe.times.size(); ++i) {
         const orva_fire::frame_ptr picture = orva_fire::new_picture(recipe.format, recipe.width, recipe.height);
         picture->color_range = recipe.range;

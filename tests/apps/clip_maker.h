@@ -39,6 +39,7 @@ struct clip_recipe {
     AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
     int turn = 0;  // degrees clockwise by which a player must turn the pictures
     bool interlaced = false;
+    bool index_first = false;
     int rate = 25;
     std::vector<double> times;  // of the pictures, in seconds
     std::function<void(int index, AVFrame& picture)> paint;

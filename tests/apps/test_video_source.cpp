@@ -107,6 +107,19 @@ TEST(video_source, counts_time_from_the_first_picture) {
     EXPECT_EQ(source.problem(), "");
 }
 
+TEST(video_source, lets_time_grow_where_joined_recordings_turn_it_back) {
+    const temporary_folder folder;
+    const clip_recipe wanted = recipe(folder.file("a.ts"), "libx264");
+    make_clip(wanted);
+    const std::string bytes = read_file(wanted.path);
+    write_file(wanted.path, bytes + bytes);
+    video_source source(wanted.path);
+    const auto pictures = read_all(source);
+    ASSERT_EQ(pictures.size(), 40u);
+    for (size_t i = 1; i < pictures.size(); ++i) EXPECT_GT(pictures[i].seconds, pictures[i - 1].seconds) << i;
+    EXPECT_NEAR(pictures[25].seconds, 1.0, 0.1);
+}
+
 TEST(video_source, makes_times_for_a_stream_without_any) {
     const temporary_folder folder;
     clip_recipe wanted = recipe(folder.file("a.h264"), "libx264");
@@ -180,7 +193,10 @@ TEST_P(cut_short, is_read_up_to_there_and_said) {
     const temporary_folder folder;
     clip_recipe wanted = recipe(folder.file(GetParam().file), GetParam().codec);
     wanted.times = steady(100, 25);
-    fire_pictures fire(320, 240, 0.2);
+    wanted.index_first = true;
+    wanted.width = 160;
+    wanted.height = 120;
+    fire_pictures fire(160, 120, 0.2);
     wanted.paint = [&fire](int index, AVFrame& picture) { fire.paint(index / 25.0, index, picture); };
     make_clip(wanted);
     const std::string bytes = read_file(wanted.path);
@@ -196,7 +212,8 @@ TEST_P(cut_short, is_read_up_to_there_and_said) {
 }
 
 INSTANTIATE_TEST_SUITE_P(table, cut_short,
-                         testing::Values(broken_row{{"Matroska"}, "a.mkv", "libx264", 0.6},
+                         testing::Values(broken_row{{"mp4 with its index in front"}, "a.mp4", "libx264", 0.6},
+                                         broken_row{{"Matroska"}, "a.mkv", "libx264", 0.6},
                                          broken_row{{"a transport stream"}, "a.ts", "libx264", 0.6},
                                          broken_row{{"AVI"}, "a.avi", "mpeg4", 0.6},
                                          broken_row{{"FLV"}, "a.flv", "libx264", 0.6}),
