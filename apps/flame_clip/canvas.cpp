@@ -11,8 +11,10 @@ void canvas::ellipse(point centre, float radius_x, float radius_y, rgb colour, f
     const point from{centre.x - radius_x, centre.y - radius_y};
     const point to{centre.x + radius_x, centre.y + radius_y};
     shape(from, to, colour, opacity, softness, [&](point p) {
+        // Along the line from the centre: how far the point lies beyond where that line leaves the ellipse.
         const float away = std::hypot((p.x - centre.x) / radius_x, (p.y - centre.y) / radius_y);
-        return (away - 1) * std::min(radius_x, radius_y);
+        if (away < 1e-4f) return -std::min(radius_x, radius_y);
+        return (1 - 1 / away) * std::hypot(p.x - centre.x, p.y - centre.y);
     });
 }
 

@@ -213,6 +213,18 @@ TEST(nv21_region, is_cut_before_it_is_scaled) {
     }
 }
 
+TEST(nv21_region, lies_where_it_was_asked_for) {
+    const frame_ptr source = flat_picture(AV_PIX_FMT_YUV420P, 640, 480, k_black, AVCOL_RANGE_MPEG, AVCOL_SPC_SMPTE170M);
+    paint(*source, 280, 160, 360, 320, k_white);
+    nv21_converter converter({200, 100, 160, 120});
+    nv21_picture& seen = converter.convert(*source);
+    const auto luma = [&](int x, int y) { return seen.luma()[y * seen.stride() + x]; };
+    EXPECT_EQ(luma(79, 60), 0);
+    EXPECT_EQ(luma(80, 60), 255);
+    EXPECT_EQ(luma(80, 59), 0);
+    EXPECT_EQ(luma(159, 119), 255);
+}
+
 TEST(nv21_region, takes_the_matrix_of_the_whole_picture) {
     // Untagged HD is BT.709 in all its parts, also in one that is small.
     const frame_ptr source = flat_picture(AV_PIX_FMT_YUV420P, 1280, 720, k_orange, AVCOL_RANGE_MPEG, AVCOL_SPC_BT709);
