@@ -48,7 +48,8 @@ public:
     int do_dma(fd_yuv_frame* src, fd_yuv_frame* dst, bool instant);
     int do_ive_dma(fd_yuv_frame* src, fd_yuv_frame* dst, bool instant);
 
-    // 3 x 3 dilation of a binary image; not in place. In software see morphology::dilate for the borders.
+    // 3 x 3 dilation of a binary image; not in place, and in software both of one stride: see morphology::dilate for
+    // the borders.
     int do_dilate(fd_yuv_frame* src, fd_yuv_frame* dst, bool instant);
     int do_ive_dilate(fd_yuv_frame* src, fd_yuv_frame* dst, bool instant);
 
@@ -60,9 +61,9 @@ public:
     int do_color_trans(fd_yuv_frame* src, fd_yuv_frame* dst, ive_color_trans mode, bool instant);
     int do_ive_color_trans(fd_yuv_frame* src, fd_yuv_frame* dst, ive_color_trans mode, bool instant);
 
-    // Appends one record per component of a binary image to out; may overwrite img. blob: the accelerator's result
-    // buffer, at least 3052 bytes; unused in software. The accelerator joins corners and drops components of 10 pixels
-    // and less, software does neither (deliberate).
+    // Adds one record per component of a binary image to out, which callers pass empty; may overwrite img. blob: the
+    // accelerator's result buffer, at least 3052 bytes; unused in software. The accelerator joins corners and drops
+    // components of 10 pixels and less, software does neither (deliberate).
     int do_ccl(fd_yuv_frame* img, hisi_mmz_mem* blob, std::vector<con_info>& out, bool instant);
     int do_ive_ccl(fd_yuv_frame* img, hisi_mmz_mem* blob, std::vector<con_info>& out, bool instant);
 };

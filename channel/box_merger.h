@@ -19,6 +19,7 @@ public:
     // Two boxes are close when the nearest vertical edges and the nearest horizontal edges of the two are together less
     // than half their widths and heights apart, held to 40..80. A close pair becomes the box around both, with the sum
     // of the areas.
+    // Boxes have left <= right and top <= bottom.
     void merge(std::vector<con_info>& list);
 
 private:

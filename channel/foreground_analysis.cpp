@@ -1,6 +1,7 @@
 #include "channel/foreground_analysis.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -27,6 +28,7 @@ const std::size_t k_most_merged = 160;
 const int k_min_box_width = 3;
 const int k_min_box_height = 5;
 const int k_min_area = 20;
+const int k_min_fire_pixels = 20;
 const int k_bright = 128;           // luma above this counts as bright
 const double k_margin_share = 0.2;  // surround on each side, as a share of the box
 const double k_brighter = 1.05;     // centre over surround
@@ -135,8 +137,9 @@ int foreground_analysis::start() {
     m_history.reserve(k_history_limit);
     m_spare.reserve(k_history_limit);
     while (m_history.size() + m_spare.size() < k_history_limit) {
-        m_spare.push_back(box_list());
-        m_spare.back().reserve(k_most_merged);
+        box_list list;
+        list.reserve(k_most_merged);
+        m_spare.push_back(std::move(list));
     }
     return FD_OK;
 }
@@ -244,7 +247,7 @@ int foreground_analysis::verify_fire(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv
     const bright_counts counts = count_box(roi, fg, *box);
     const int bright = static_cast<int>(counts.bright);
     const int fire = static_cast<int>(counts.fire);
-    if (bright < pixels >> 3 || fire < k_min_area || fire < pixels >> 4) {
+    if (bright < pixels >> 3 || fire < k_min_fire_pixels || fire < pixels >> 4) {
         std::printf("ratio1 = %.2f, fire_area = %d, ratio = %.2f ==========\n",
                     static_cast<double>(ratio(bright, pixels)), fire, static_cast<double>(ratio(fire, pixels)));
         return k_not_fire;

@@ -11,7 +11,8 @@
 
 namespace orva_fd {
 
-// One thread at a time per object. Coordinates are those of the region. Allocation failures throw.
+// One thread at a time per object. Boxes are in pixels of the region, with left <= right and top <= bottom, of pictures
+// of at most 16,383 x 16,383 pixels. Allocation failures throw.
 class foreground_analysis {
 public:
     foreground_analysis();
@@ -19,7 +20,7 @@ public:
     // Obtains the memory of all frames to come; keeps the history. Returns 0. May throw; nothing is lost then.
     int start();
 
-    // Empties the history and releases its memory; keeps the grade. Returns 0.
+    // Empties the history and releases its memory; keeps the grade and the scratch lists. Returns 0.
     int stop();
 
     // Sets how many stored frames must hold a candidate: (103 - grade) / 6 + 30. Returns 0; 7 for a grade outside
@@ -58,11 +59,11 @@ private:
     bool is_stable(const con_info& candidate, fd_rect* box);
 
     std::vector<box_list> m_history;  // merged lists of the last frames that had any, oldest first
-    std::vector<box_list> m_spare;    // memory of lists that were forgotten
-    box_list m_candidates;            // of the frame in work
-    box_list m_matches;               // of the candidate in work
     int m_stable_thresh;
     box_merger m_merger;
+    std::vector<box_list> m_spare;  // memory of lists that were forgotten
+    box_list m_candidates;          // of the frame in work
+    box_list m_matches;             // of the candidate in work
 };
 
 }  // namespace orva_fd

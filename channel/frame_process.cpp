@@ -1,6 +1,6 @@
 #include "channel/frame_process.h"
 
-#include <cstring>
+#include <cstdio>
 
 #include "imgproc/log.h"
 

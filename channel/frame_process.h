@@ -19,7 +19,8 @@ public:
     // Obtains the stages' memory and stores the region, unchecked. Returns 0, or the code of the stage that failed.
     int start(fd_rect roi);
 
-    // Releases the stages' memory and forgets region, history and result. Returns 0. start may follow.
+    // Releases the working images and the history, and forgets region and result; scratch lists go with the object.
+    // Returns 0. start may follow.
     int stop();
 
     // Returns 0; 7 for a grade outside 0..100.

@@ -59,12 +59,12 @@ int limit_range(int value, int min, int max);
 // Wall clock in milliseconds, modulo 2^32. For measuring intervals.
 unsigned int get_cur_time();
 
-// Row y of plane 0. Strides count in bytes.
+// Row y of a plane. Strides count in bytes.
 inline unsigned char* plane_row(const fd_yuv_frame* img, int plane, int y) {
     return img->virt_addr[plane] + static_cast<std::size_t>(img->stride[plane]) * static_cast<std::size_t>(y);
 }
 
-// The table behind absolute differences.
+// Absolute differences by table, for code that looks them up; sub computes them (deliberate: it is faster).
 class fd_table {
 public:
     // Fills the table on the first call; further calls change nothing. Returns 0.
@@ -79,7 +79,7 @@ public:
 // a, b, dst: grey images; a and b of equal size, strides free. dst may be a or b.
 // Writes `width` bytes per row and leaves row padding alone.
 // Returns 0; 7 if a and b differ in width or height (nothing is written). The size of dst is not looked at.
-// Any thread: touches only the three images and the read-only difference table, which must have been filled.
+// Any thread: touches only the three images.
 int sub(fd_yuv_frame* a, fd_yuv_frame* b, fd_yuv_frame* dst);
 
 // Writes 255 where src is above thresh, 0 elsewhere, over src's size.

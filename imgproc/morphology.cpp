@@ -1,5 +1,6 @@
 #include "imgproc/morphology.h"
 
+#include <cstdio>
 #include <cstring>
 
 #include "imgproc/common.h"

@@ -1,7 +1,5 @@
 #include "imgproc/rows.h"
 
-#include <cstring>
-
 namespace orva_fd {
 
 namespace {

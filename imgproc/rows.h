@@ -17,7 +17,7 @@
 
 namespace orva_fd {
 
-// Rows are at most this wide.
+// Rows of a channel are at most this wide; so are the buffers inside row functions.
 const int k_widest_row = 352;
 
 // dst = |a - b|.

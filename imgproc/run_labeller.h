@@ -13,10 +13,12 @@ namespace orva_fd {
 class run_labeller {
 public:
     // Labels of one dilated mask of 352 x 288, and so its components. A run that touches nothing above gets a label.
-    // Away from the border such a run lies over a set pixel of the row below, whose 3 x 3 square keeps other such runs
-    // four rows and four columns away: there are at most 88 * 72. The rows and columns that dilation passes over (two
-    // and three) add at most 2 * 176 and 3 * 144.
-    static const int k_most_components = 88 * 72 + 2 * 176 + 3 * 144;
+    // Away from the border such a run lies over a set pixel of the row below, whose 3 x 3 square is set. Two of these
+    // pixels less than three rows apart are at least four columns apart, exactly three rows apart at least three
+    // columns; so the shapes that reach from each over 3, 4, 4 and 3 columns of four rows, 14 pixels, do not overlap:
+    // there are at most (349 + 4) * (286 + 4) / 14. The rows and columns that dilation passes over (two and three) add
+    // at most 2 * 176 and 3 * 144.
+    static const int k_most_components = (349 + 4) * (286 + 4) / 14 + 2 * 176 + 3 * 144;
 
     // Obtains memory for rows of `width` bytes and for `labels` labels of one image. May throw; nothing is lost then.
     void reserve(int width, int labels);

@@ -47,7 +47,7 @@
  *
  * MEMORY
  *
- * A channel holds 509,932 bytes of working pictures and about 555,000 bytes for lists of spots, boxes and history, all
+ * A channel holds 509,932 bytes of working pictures and about 680,000 bytes for lists of spots, boxes and history, all
  * obtained by ORVA_FireDetection_Start and released by ORVA_FireDetection_Stop. Working pictures start zeroed, so the
  * first frame is deterministic. ORVA_FireDetection_SetFrame obtains nothing in builds without the accelerator. The host
  * owns every record and every picture that it passes; the library keeps no pointer to them.
@@ -80,10 +80,12 @@
  * BUILDS WITH THE ACCELERATOR
  *
  * In a build for a chip with the IVE engine, pictures that qualify (stride and physical addresses multiples of 16, even
- * sizes) are processed there and only phys_addr of the frame is read; virt_addr must be given all the same. The engine
- * refuses windows smaller than 64 x 64 pixels, which nothing tests beforehand: SetFrame on such a region returns 4 for
- * every frame. Use regions of at least 64 x 64 pixels, or a stride that is not a multiple of 16, which keeps the
- * channel in software.
+ * sizes) are processed there. The engine reads phys_addr; the processor reads the same planes through virt_addr, for the
+ * colour and brightness tests, so both must show the same bytes. The engine converts with the BT.709 matrix for studio
+ * range, so the rule above on expanding video does not hold there; see docs/porting.md. The engine refuses windows
+ * smaller than 64 x 64 pixels, which nothing tests beforehand: SetFrame on such a region returns 4 for every frame. Use
+ * regions of at least 64 x 64 pixels. Another stride does not help: the library's own working pictures still qualify,
+ * unless the region's width or height is odd.
  */
 #ifndef ORVA_FIREDETECTION_H
 #define ORVA_FIREDETECTION_H
@@ -148,8 +150,8 @@ typedef enum fd_pixel_format {
  */
 typedef struct fd_yuv_frame {
     fd_pixel_format format;      /* FD_PIXEL_FORMAT_YUV420SP */
-    uint32_t width;              /* pixels, 0 to 352 */
-    uint32_t height;             /* rows, 0 to 288 */
+    uint32_t width;              /* pixels, 1 to 352 */
+    uint32_t height;             /* rows, 1 to 288 */
     uint32_t phys_addr[3];       /* bus addresses of the planes for the accelerator; 0 where there is none */
     int32_t reserved;            /* opaque, never read; -1 by custom */
     unsigned char* virt_addr[3]; /* the same planes for the processor; planes 0 and 1 must not be null */
@@ -160,7 +162,8 @@ typedef struct fd_yuv_frame {
  * A rectangle. Each value carries the size of the picture in whose units it is given, so a region may be in pixels of
  * any picture size or, say, in per mille: x lies at x / x_ref of the width, and so on. On a frame of W x H pixels it
  * becomes x * W / x_ref, y * H / y_ref, width * W / width_ref, height * H / height_ref, rounded down.
- * Boxes in a result always have the frame's size as reference, so their values are plain pixels of that frame.
+ * Boxes in a result have the size of the frame in which they were found as reference, so their values are plain pixels of
+ * that frame. A box that is held over a change of the frame size keeps the old size as reference.
  */
 typedef struct fd_rect {
     uint16_t x;          /* left edge */
@@ -175,7 +178,7 @@ typedef struct fd_rect {
 
 /* The answer for one frame. Read the first `count` boxes only; what lies behind them is left over from before. */
 typedef struct fd_result {
-    fd_rect rects[FD_RESULT_MAX_RECTS]; /* boxes where fire is seen, in pixels of the frame that was passed */
+    fd_rect rects[FD_RESULT_MAX_RECTS]; /* boxes where fire is seen, in pixels of a frame of x_ref by y_ref */
     uint16_t count;                     /* valid boxes at the front of rects, 0 to 10 */
 } fd_result;
 
@@ -208,7 +211,7 @@ ORVA_FD_API int ORVA_FireDetection_UnInit(void);
  *   FD_NO_CHANNEL if the channel object could not be created;
  *   FD_NO_FREE_HANDLE if 128 channels are open;
  *   FD_ALREADY_INITIALISED if the new handle's lock was found in use: an inner fault, after which the handle table is
- *   closed and the host should call UnInit and Init.
+ *   closed and the host should call Stop for each of its handles, then UnInit and Init.
  * May throw std::bad_alloc (see EXCEPTIONS). Any thread.
  */
 ORVA_FD_API int ORVA_FireDetection_Start(int* handle, fd_rect rect);
@@ -225,7 +228,9 @@ ORVA_FD_API int ORVA_FireDetection_Stop(int handle);
 /*
  * Processes one frame on a channel and fills *result with the boxes that are reported for it.
  * frame: by value; its pictures are read during the call only (see PICTURES and WHICH BYTES ARE READ). The frame size may
- *   change from call to call; the region follows it. phys_addr is read in builds with the accelerator only.
+ *   change from call to call; the region follows it. Each change rounds and widens the region from its last pixels, so it
+ *   does not come back exactly; a host that needs that opens a new channel. phys_addr is read in builds with the
+ *   accelerator only.
  * result: owned by the host, not checked for null. Written as a whole on success. After FD_INVALID_ARGUMENT,
  *   FD_NOT_IN_USE, FD_BAD_HANDLE, FD_NOT_INITIALISED and FD_PLATFORM_FAILED it is as it was.
  * Returns FD_OK;

@@ -24,7 +24,7 @@ inline const unsigned char* as_bytes(const uint16_t* words) {
 // chroma: V,U pairs, width bytes.
 void color_offsets_row(const unsigned char* chroma, int width, color_offsets* offsets);
 
-// Each color is luma + plus - minus, held to 0..255 after each step. The three outputs are no inputs and do not
+// Each colour is luma + plus - minus, held to 0..255 after each step. The three outputs are no inputs and do not
 // overlap.
 void convert_row(const unsigned char* luma, const color_offsets& offsets, unsigned char* blue, unsigned char* green,
                  unsigned char* red, int width);

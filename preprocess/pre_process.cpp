@@ -30,8 +30,6 @@ enum log_line {
     k_line_keep_luma_failed = 197
 };
 
-const int k_otsu_min = 20;              // below: sensor noise
-const int k_otsu_max = 35;              // above: flicker would be missed
 const int k_blob_bytes = 4 + 254 * 12;  // header and regions of the accelerator's result
 
 // Passes a failed step's code up, with its line.
@@ -96,7 +94,7 @@ void pre_process::place_rgb_planes() {
 }
 
 int pre_process::start() {
-    m_scan.reserve();
+    if (!k_has_accelerator) m_scan.reserve();
     m_width = k_max_width;
     m_height = k_max_height;
     int code = obtain_image(&m_fg_mem, &m_fg_img, 1, k_line_fg_failed);
@@ -152,7 +150,7 @@ int pre_process::set_frame(fd_yuv_frame* frame, std::vector<con_info>& comps) {
     code = m_ive.do_sub(frame, &m_diff_img, &m_diff_img, true);
     if (code != FD_OK) return failed(code, k_line_sub_failed);
     (void)m_diff_mem.flush_mmz(0);
-    const int threshold = getThreshVal_Otsu(&m_diff_img, 0, 0, k_otsu_min, k_otsu_max);
+    const int threshold = getThreshVal_Otsu(&m_diff_img, 0, 0, region_scan::k_otsu_min, region_scan::k_otsu_max);
     (void)m_ive.do_thres(&m_diff_img, &m_diff_img, threshold, false);  // deliberate: a failure shows in the next job
     code = m_ive.do_dilate(&m_diff_img, &m_fg_img, true);
     if (code != FD_OK) return failed(code, k_line_motion_dilate_failed);

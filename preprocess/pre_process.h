@@ -67,8 +67,8 @@ private:
     hisi_ive_func m_ive;
     uint16_t m_width;
     uint16_t m_height;
-    region_scan m_scan;       // the stages in builds without the accelerator
     hisi_mmz_mem m_blob_mem;  // the accelerator's labelling result
+    region_scan m_scan;       // the stages in builds without the accelerator
 };
 
 }  // namespace orva_fd

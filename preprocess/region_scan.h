@@ -15,6 +15,11 @@ namespace orva_fd {
 // One thread at a time.
 class region_scan {
 public:
+    // Motion thresholds are searched where the differences of flames lie: below is sensor noise, above flicker would be
+    // missed.
+    static const int k_otsu_min = 20;
+    static const int k_otsu_max = 35;
+
     // Obtains all memory that run needs. May throw; nothing is lost then.
     void reserve();
 
@@ -34,11 +39,6 @@ private:
         int last;
         bool any() const { return first < last; }
     };
-
-    // Motion thresholds are searched where the differences of flames lie: below is sensor noise, above flicker would be
-    // missed.
-    static const int k_otsu_min = 20;
-    static const int k_otsu_max = 35;
 
     // Of all differences above the lowest threshold, and some below it.
     struct distance_sums {

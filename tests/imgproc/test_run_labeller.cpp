@@ -123,4 +123,42 @@ TEST(run_labeller, equals_a_flood_fill_on_random_images) {
     }
 }
 
+// Runs that touch no run of the row above, each of which gets a label.
+int count_labels(const grey_image& image, int width, int height) {
+    int labels = 0;
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            const unsigned char* row = image.data() + y * width;
+            if (row[x] == 0 || (x > 0 && row[x - 1] != 0)) continue;
+            bool touches = false;
+            for (int i = x; i < width && row[i] != 0; ++i) touches |= y > 0 && row[i - width] != 0;
+            labels += touches ? 0 : 1;
+        }
+    }
+    return labels;
+}
+
+// The densest arrangement known: set pixels at (4, 1), (-3, 3) and their sums. It needs more labels than squares of 4 x
+// 4 pixels would fit, and fewer than are reserved.
+TEST(run_labeller, reserves_enough_labels_for_the_densest_dilated_mask) {
+    const int width = 352, height = 288;
+    grey_image mask(width, height), dilated(width, height);
+    for (int a = -400; a < 400; ++a) {
+        for (int b = -400; b < 400; ++b) {
+            const int x = 4 * a - 3 * b, y = a + 3 * b;
+            if (x >= 2 && x < width - 3 && y >= 2 && y < height - 2) mask.data()[y * width + x] = 255;
+        }
+    }
+    for (int y = 1; y < height - 1; ++y) {
+        for (int x = 1; x < width - 2; ++x) {
+            for (int k = 0; k < 9; ++k) {
+                if (mask.data()[(y + k / 3 - 1) * width + x + k % 3 - 1] != 0) dilated.data()[y * width + x] = 255;
+            }
+        }
+    }
+    const int reserved = run_labeller::k_most_components;
+    EXPECT_GT(count_labels(dilated, width, height), 88 * 72);
+    EXPECT_LE(count_labels(dilated, width, height), reserved);
+}
+
 }  // namespace
