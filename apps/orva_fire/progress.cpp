@@ -9,7 +9,7 @@
 namespace orva_fire {
 namespace {
 
-const int k_bar_width = 30;
+const int k_bar_width = 20;  // the whole line stays below 80 columns
 const std::chrono::milliseconds k_pause(200);
 
 std::string clock_text(double seconds) {
