@@ -343,7 +343,7 @@ TEST(orva_fire, shows_progress_on_a_terminal_only) {
     recipe.path = folder.file("long.mkv");
     recipe.width = 640;
     recipe.height = 480;
-    recipe.times = steady(400, 25);
+    recipe.times = steady(200, 25);
     recipe.paint = [](int index, AVFrame& picture) {
         paint(picture, 0, 0, 640, 480, {90, 90, 90});
         paint(picture, index, 40, 200, 200, k_blue);
