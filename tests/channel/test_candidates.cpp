@@ -345,7 +345,7 @@ TEST(get_fire_rects_random, equals_the_plain_twin) {
     support::random_source random;
     int verified = 0, merges = 0;
     for (int round = 0; round < 1500; ++round) {
-        grey_image luma(352, 320, 352, 0, static_cast<unsigned char>(random.below(160))), mask(352, 288, 352, 0, 255);
+        grey_image luma(352, 360, 352, 0, static_cast<unsigned char>(random.below(160))), mask(352, 288, 352, 0, 255);
         list components;
         const int count = random.below(25), spread = random.between(60, 300);
         for (int i = 0; i < count; ++i) {

@@ -1,0 +1,200 @@
+// The row functions, each against the rule that it states, at every width around a vector's length.
+#include "imgproc/rows.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+#include "tests/support/random.h"
+
+namespace {
+
+using namespace orva_fd;
+
+using bytes = std::vector<unsigned char>;
+
+std::vector<int> all_widths() {
+    std::vector<int> widths;
+    for (int width = 0; width <= 70; ++width) widths.push_back(width);
+    widths.insert(widths.end(), {95, 96, 97, 127, 128, 129, 239, 240, 241, 255, 256, 257, 319, 320, 351, 352});
+    return widths;
+}
+
+// Beyond the widest row, for functions that take any width.
+std::vector<int> wide_widths() {
+    std::vector<int> widths = all_widths();
+    widths.insert(widths.end(), {353, 479, 480, 481, 700, 701, 702, 703, 704, 1049, 1050, 1051, 1052, 1053, 1920});
+    return widths;
+}
+
+// Rows of exactly their width, so that the sanitizer sees a byte too many.
+bytes noise(support::random_source& random, int width) {
+    bytes row(static_cast<std::size_t>(width));
+    random.fill(row.data(), row.size());
+    return row;
+}
+
+int distance(unsigned char a, unsigned char b) {
+    return std::abs(a - b);
+}
+
+class rows : public testing::Test {
+protected:
+    support::random_source m_random;
+};
+
+TEST_F(rows, abs_diff_row_and_motion_row_follow_their_rules_in_place_too) {
+    for (const int width : all_widths()) {
+        const bytes a = noise(m_random, width), b = noise(m_random, width);
+        const int threshold = m_random.below(256);
+        bytes wanted_difference(a.size()), wanted_motion(a.size());
+        for (std::size_t x = 0; x < a.size(); ++x) {
+            wanted_difference[x] = static_cast<unsigned char>(distance(a[x], b[x]));
+            wanted_motion[x] = distance(a[x], b[x]) > threshold ? 255 : 0;
+        }
+        bytes out(a.size(), 77), first = a, second = b;
+        abs_diff_row(a.data(), b.data(), out.data(), width);
+        EXPECT_EQ(out, wanted_difference) << width << ", seed " << m_random.seed();
+        motion_row(a.data(), b.data(), out.data(), width, threshold);
+        EXPECT_EQ(out, wanted_motion) << width << ", above " << threshold << ", seed " << m_random.seed();
+        abs_diff_row(first.data(), b.data(), first.data(), width);
+        EXPECT_EQ(first, wanted_difference) << width;
+        abs_diff_row(a.data(), second.data(), second.data(), width);
+        EXPECT_EQ(second, wanted_difference) << width;
+    }
+}
+
+TEST_F(rows, threshold_row_and_motion_row_take_every_threshold) {
+    bytes values(256), zeros(256, 0), out(256), moved(256);
+    for (int i = 0; i < 256; ++i) values[static_cast<std::size_t>(i)] = static_cast<unsigned char>(i);
+    for (int threshold = 0; threshold < 256; ++threshold) {
+        threshold_row(values.data(), out.data(), 256, threshold);
+        motion_row(values.data(), zeros.data(), moved.data(), 256, threshold);
+        for (int i = 0; i < 256; ++i) {
+            ASSERT_EQ(out[static_cast<std::size_t>(i)], i > threshold ? 255 : 0) << i << " above " << threshold;
+            ASSERT_EQ(moved[static_cast<std::size_t>(i)], i > threshold ? 255 : 0) << i << " above " << threshold;
+        }
+    }
+}
+
+TEST_F(rows, measure_motion_row_gives_sum_and_largest) {
+    for (const int width : all_widths()) {
+        for (const int content : {0, 1, 2}) {
+            bytes a = noise(m_random, width), b = noise(m_random, width);
+            if (content == 1)
+                std::fill(a.begin(), a.end(), static_cast<unsigned char>(255)),
+                    std::fill(b.begin(), b.end(), static_cast<unsigned char>(0));
+            if (content == 2) a = b;
+            uint32_t sum = 0;
+            int largest = 0;
+            for (std::size_t x = 0; x < a.size(); ++x) {
+                sum += static_cast<uint32_t>(distance(a[x], b[x]));
+                largest = std::max(largest, distance(a[x], b[x]));
+            }
+            const row_motion got = measure_motion_row(a.data(), b.data(), width);
+            EXPECT_EQ(got.sum, sum) << width << ", seed " << m_random.seed();
+            EXPECT_EQ(got.largest, largest) << width << ", seed " << m_random.seed();
+        }
+    }
+}
+
+TEST_F(rows, sums_are_right_up_to_their_largest_values) {
+    for (const int width : wide_widths()) {
+        const bytes some = noise(m_random, width), full(some.size(), 255);
+        for (const bytes* row : {&some, &full}) {
+            uint32_t sum = 0;
+            for (const unsigned char byte : *row) sum += byte;
+            EXPECT_EQ(sum_row(row->data(), width), sum) << width;
+            for (const int value : {0, 1, 20, 36, 128, 255}) {
+                uint32_t away = 0;
+                for (const unsigned char byte : *row) away += static_cast<uint32_t>(std::abs(byte - value));
+                EXPECT_EQ(sum_distance_row(row->data(), width, value), away) << width << " from " << value;
+            }
+        }
+    }
+}
+
+TEST_F(rows, bytes_above_finds_count_and_sum_from_three_sums) {
+    for (int round = 0; round < 300; ++round) {
+        bytes row = noise(m_random, m_random.below(300));
+        if (round % 2 == 0) {
+            for (unsigned char& byte : row) byte = static_cast<unsigned char>(byte % 48);
+        }
+        const int width = static_cast<int>(row.size());
+        for (int limit = 0; limit < 255; ++limit) {
+            uint32_t count = 0, sum = 0;
+            for (const unsigned char byte : row) {
+                if (byte <= limit) continue;
+                ++count;
+                sum += byte;
+            }
+            const byte_tail got =
+                bytes_above(static_cast<uint32_t>(limit), static_cast<uint32_t>(width), sum_row(row.data(), width),
+                            sum_distance_row(row.data(), width, limit), sum_distance_row(row.data(), width, limit + 1));
+            ASSERT_EQ(got.count, count) << "above " << limit << ", seed " << m_random.seed();
+            ASSERT_EQ(got.sum, sum) << "above " << limit << ", seed " << m_random.seed();
+        }
+    }
+}
+
+TEST_F(rows, add_bright_row_adds_to_its_counts) {
+    for (const int width : wide_widths()) {
+        const bytes some = noise(m_random, width), mask = noise(m_random, width), full(some.size(), 255);
+        bright_counts got = {1, 2, 3}, wanted = {1, 2, 3};
+        for (const bytes* luma : {&some, &full}) {
+            for (const bytes* set : {&mask, &full}) {
+                add_bright_row(luma->data(), set->data(), width, 128, &got);
+                for (std::size_t x = 0; x < luma->size(); ++x) {
+                    if ((*luma)[x] > 128) {
+                        ++wanted.bright;
+                        wanted.bright_sum += (*luma)[x];
+                    }
+                    wanted.fire += (*set)[x] & 1;
+                }
+                ASSERT_EQ(got.bright, wanted.bright) << width << ", seed " << m_random.seed();
+                ASSERT_EQ(got.bright_sum, wanted.bright_sum) << width << ", seed " << m_random.seed();
+                ASSERT_EQ(got.fire, wanted.fire) << width << ", seed " << m_random.seed();
+            }
+        }
+    }
+}
+
+TEST_F(rows, dilate_row_and_erode_row_leave_the_first_and_the_last_two_columns) {
+    for (const int width : wide_widths()) {
+        if (width < 4) continue;
+        for (const int share : {2, 10, 300}) {
+            bytes three[3];
+            for (bytes& row : three) {
+                row = noise(m_random, width);
+                // Lowest bits that are rarely set, so that each of the nine decides alone somewhere.
+                for (unsigned char& byte : row)
+                    byte = static_cast<unsigned char>(m_random.below(share) == 0 ? byte | 1 : byte & 254);
+            }
+            bytes dilated(three[0].size(), 77), eroded(three[0].size(), 77), wanted_dilated = dilated,
+                                                                             wanted_eroded = eroded;
+            bytes inverted[3];
+            for (int r = 0; r < 3; ++r) {
+                for (const unsigned char byte : three[r]) inverted[r].push_back(static_cast<unsigned char>(~byte));
+            }
+            for (std::size_t x = 1; x + 2 < three[0].size(); ++x) {
+                bool any = false, all = true;
+                for (int r = 0; r < 3; ++r) {
+                    for (std::size_t near = x - 1; near <= x + 1; ++near) {
+                        any = any || (three[r][near] & 1) != 0;
+                        all = all && (inverted[r][near] & 1) != 0;
+                    }
+                }
+                wanted_dilated[x] = any ? 255 : three[1][x];
+                wanted_eroded[x] = all ? inverted[1][x] : 0;
+            }
+            dilate_row(three[0].data(), three[1].data(), three[2].data(), dilated.data(), width);
+            erode_row(inverted[0].data(), inverted[1].data(), inverted[2].data(), eroded.data(), width);
+            ASSERT_EQ(dilated, wanted_dilated) << width << ", seed " << m_random.seed();
+            ASSERT_EQ(eroded, wanted_eroded) << width << ", seed " << m_random.seed();
+        }
+    }
+}
+
+}  // namespace
