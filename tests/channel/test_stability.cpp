@@ -220,25 +220,25 @@ TEST_P(flicker, decides) {
 
 INSTANTIATE_TEST_SUITE_P(
     table, flicker,
-    testing::Values(flicker_row{{"20 of 100"}, {100, 140, 60, 100}, true, ""},
-                    flicker_row{{"5 of 100"}, {110, 90, 100, 100}, false, "0.05  -----------------\n"},
-                    flicker_row{{"none"}, {100, 100, 100, 100}, false, "0.00  -----------------\n"},
-                    // mean 100, a sixth of it is 16; (32 + 32 + 2) / 4 = 16 and (34 + 34 + 2) / 4 = 17
-                    flicker_row{{"16 is not above 16"}, {132, 68, 100, 100}, false, "0.16  -----------------\n"},
-                    flicker_row{{"17 is"}, {134, 66, 100, 100}, true, ""},
-                    // mean 102, a sixth is 17; (34 + 34 + 2) / 4 = 17: not above; mean 101, a sixth is 16
-                    flicker_row{{"17 of 102 is not"}, {136, 68, 102, 102}, false, "0.17  -----------------\n"},
-                    flicker_row{{"17 of 101 is"}, {135, 67, 101, 101}, true, ""},
-                    // sum 404 + 2 over 4: the mean of 100, 101, 102 and 101 is 101; deviations 1, 0, 1, 0 and 2: 1
-                    flicker_row{{"means are rounded"}, {100, 101, 102, 101}, false, "0.01  -----------------\n"},
-                    // sum 350 + 2 over 4 is 88; deviations 13, 12, 13, 12 and 2 over 4 are 13, not above 14
-                    flicker_row{
-                        {"a mean of 87 and a half is 88"}, {75, 100, 75, 100}, false, "0.15  -----------------\n"},
-                    // one large among small: sum 90 + 25 * 1 ... mean 4, deviations 86 + 25 * 3 over 26
-                    flicker_row{{"as large as the mean is not flicker"},
-                                {90, 1, 1, 1, 1, 1, 1, 1, 1, 1},
-                                false,
-                                "1.60  -----------------\n"}),
+    testing::Values(
+        flicker_row{{"20 of 100"}, {100, 140, 60, 100}, true, ""},
+        flicker_row{{"5 of 100"}, {110, 90, 100, 100}, false, "0.05  -----------------\n"},
+        flicker_row{{"none"}, {100, 100, 100, 100}, false, "0.00  -----------------\n"},
+        // mean 100, a sixth of it is 16; (32 + 32 + 2) / 4 = 16 and (34 + 34 + 2) / 4 = 17
+        flicker_row{{"16 is not above 16"}, {132, 68, 100, 100}, false, "0.16  -----------------\n"},
+        flicker_row{{"17 is"}, {134, 66, 100, 100}, true, ""},
+        // mean 102, a sixth is 17; (34 + 34 + 2) / 4 = 17: not above; mean 101, a sixth is 16
+        flicker_row{{"17 of 102 is not"}, {136, 68, 102, 102}, false, "0.17  -----------------\n"},
+        flicker_row{{"17 of 101 is"}, {135, 67, 101, 101}, true, ""},
+        // sum 404 + 2 over 4: the mean of 100, 101, 102 and 101 is 101; deviations 1, 0, 1, 0 and 2: 1
+        flicker_row{{"means are rounded"}, {100, 101, 102, 101}, false, "0.01  -----------------\n"},
+        // sum 350 + 2 over 4 is 88; deviations 13, 12, 13, 12 and 2 over 4 are 13, not above 14
+        flicker_row{{"a mean of 87 and a half is 88"}, {75, 100, 75, 100}, false, "0.15  -----------------\n"},
+        // mean (66 + 2) / 3 = 22; deviations 32 + 11 + 21 and 2 over 3 are 22
+        flicker_row{{"as large as the mean is not flicker"}, {54, 11, 1}, false, "1.00  -----------------\n"},
+        // mean (99 + 5) / 10 = 10; deviations 80 + 9 * 9 and 5 over 10 are 16
+        flicker_row{
+            {"nor is more than the mean"}, {90, 1, 1, 1, 1, 1, 1, 1, 1, 1}, false, "1.60  -----------------\n"}),
     row_name());
 
 // --- reports --------------------------------------------------------------------------------------------------------

@@ -140,6 +140,18 @@ TEST_F(CFireDetectionMngr_test, init_after_destroy_works) {
     EXPECT_EQ(start(), 0);
 }
 
+// What lies in a slot when the table opens is forgotten, not stopped.
+TEST_F(CFireDetectionMngr_test, init_empties_every_slot) {
+    EXPECT_EQ(m_manager.Destroy(), 0);
+    frame_process first, last;
+    channel(0) = &first;
+    channel(127) = &last;
+    const outcome got = outcome_of([&] { return m_manager.Init(); });
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(got.text, "");
+    for (int h = 0; h < 128; ++h) EXPECT_TRUE(is_free(h)) << h;
+}
+
 // --- Start ----------------------------------------------------------------------------------------------------------
 
 TEST_F(CFireDetectionMngr_test, start_installs_a_channel) {

@@ -138,12 +138,18 @@ INSTANTIATE_TEST_SUITE_P(table, check_fire_pt_pale,
                          row_name());
 
 // Sum 582: (150 * 3 * 2^20 + 291) / 582 = 810755; without the rounding it would be 810754.
+// Sum 659: (155 * 3 * 2^20 + 329) / 659 = 739891 exactly; half of the sum is rounded down, and not less is added.
 TEST_F(saturation, is_compared_with_the_rounded_quotient) {
-    const pixel_row pixel = {{"the flame"}, 244, 188, 150, 200, 100, 160, 1};
+    const pixel_row flame = {{"the flame"}, 244, 188, 150, 200, 100, 160, 1};
+    const pixel_row exact = {{"an exact quotient"}, 255, 249, 155, 200, 100, 160, 1};
     pre_process::m_sat_table[244] = 810755;
-    EXPECT_EQ(answer_for(pixel), 1);
+    pre_process::m_sat_table[255] = 739891;
+    EXPECT_EQ(answer_for(flame), 1);
+    EXPECT_EQ(answer_for(exact), 1);
     pre_process::m_sat_table[244] = 810754;
-    EXPECT_EQ(answer_for(pixel), 0);
+    pre_process::m_sat_table[255] = 739890;
+    EXPECT_EQ(answer_for(flame), 0);
+    EXPECT_EQ(answer_for(exact), 0);
     pre_process::init();
 }
 
