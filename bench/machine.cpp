@@ -1,6 +1,7 @@
 #include "bench/machine.h"
 
 #include <elf.h>
+#include <gnu/libc-version.h>
 #include <link.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -66,7 +67,7 @@ int processor_count() {
 std::string operating_system() {
     utsname name;
     uname(&name);
-    return std::string(name.sysname) + " " + name.release + " " + name.machine;
+    return std::string(name.sysname) + " " + name.machine + " with glibc " + gnu_get_libc_version();
 }
 
 std::string today() {
