@@ -97,7 +97,7 @@ detection_run::detection_run(const detect_options& options)
     : m_options(without_overwriting(options)),
       m_source(options.video),
       m_progress(m_source.duration()),
-      m_library_output(options.library_log),
+      m_library_output(options.library_log, options.library_log_limit),
       m_limiter(options.rate) {}
 
 void detection_run::open_zones() {

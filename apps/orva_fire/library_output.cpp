@@ -63,6 +63,7 @@ void library_output::discard() {
 
 void library_output::check_limit() {
     if (!m_logging) return;
+    std::fflush(stdout);
     struct stat status = {};
     if (fstat(STDOUT_FILENO, &status) != 0 || status.st_size < m_limit) return;
     std::printf("(the log ends here: it has reached its limit of %lld bytes)\n", static_cast<long long>(m_limit));

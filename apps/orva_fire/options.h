@@ -2,11 +2,13 @@
 #ifndef ORVA_APPS_ORVA_FIRE_OPTIONS_H
 #define ORVA_APPS_ORVA_FIRE_OPTIONS_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "apps/orva_fire/geometry.h"
+#include "apps/orva_fire/library_output.h"
 
 namespace orva_fire {
 
@@ -18,6 +20,7 @@ struct detect_options {
     std::optional<int> grade;     // 0 to 100; none: the library's own
     double rate = 0;              // pictures a second for the detector at most; 0: all
     std::string library_log;      // empty: the library's lines are discarded
+    int64_t library_log_limit = k_library_log_limit;
     bool write_video = true;
 };
 

@@ -126,10 +126,9 @@ void video_source::feed_filter() {
     } else if (status < 0) {
         note_damage();
     } else {
-        const int64_t stamp = m_decoded->best_effort_timestamp;
-        m_decoded->pts = stamp != AV_NOPTS_VALUE ? stamp : m_next_stamp;
-        const double step = 1 / (nominal_rate() * av_q2d(m_stream->time_base));
-        m_next_stamp = m_decoded->pts + std::max<int64_t>(1, static_cast<int64_t>(step + 0.5));
+        // A picture without a time stamp repeats the one before; next() then counts on by the stated rate.
+        if (m_decoded->best_effort_timestamp != AV_NOPTS_VALUE) m_last_stamp = m_decoded->best_effort_timestamp;
+        m_decoded->pts = m_last_stamp;
         if (m_decoded->decode_error_flags != 0 || (m_decoded->flags & AV_FRAME_FLAG_CORRUPT)) note_damage();
         frame_ptr picture = new_frame();
         av_frame_move_ref(picture.get(), m_decoded.get());

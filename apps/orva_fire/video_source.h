@@ -67,7 +67,7 @@ private:
     frame_ptr m_decoded;
     std::unique_ptr<picture_filter> m_filter;
 
-    int64_t m_next_stamp = 0;  // for pictures without a time stamp, in units of the stream
+    int64_t m_last_stamp = 0;  // of the last decoded picture, in units of the stream
     double m_stream_end = 0;   // where the packets of this stream end, in seconds
     double m_file_end = 0;     // and those of all streams
     bool m_drained = false;

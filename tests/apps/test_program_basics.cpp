@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "apps/orva_fire/detect.h"
 #include "apps/orva_fire/video_source.h"
 #include "tests/apps/clip_maker.h"
 #include "tests/apps/pictures.h"
@@ -49,6 +50,19 @@ std::string burning_clip(const temporary_folder& folder, const std::string& name
         paint(picture, 0, 0, 320, 240, {30, 30, 30});
         const int size = 24 + 8 * (index * 7 % 5);
         paint(picture, 200 - size / 2, 120 - size / 2, size, size, k_flame);
+    };
+    make_clip(recipe);
+    return recipe.path;
+}
+
+// A patch that keeps its size: refused, with a line of the library about its flicker in each of the last 29 pictures.
+std::string steady_clip(const temporary_folder& folder) {
+    clip_recipe recipe;
+    recipe.path = folder.file("steady.mkv");
+    recipe.times = steady(80, 25);
+    recipe.paint = [](int index, AVFrame& picture) {
+        paint(picture, 0, 0, 320, 240, {30, 30, 30});
+        paint(picture, 180 + 2 * (index % 2), 100, 40, 40, k_flame);
     };
     make_clip(recipe);
     return recipe.path;
@@ -253,19 +267,23 @@ TEST(orva_fire, works_without_standard_output_unless_events_go_there) {
 
 TEST(orva_fire, keeps_the_librarys_lines_in_a_file) {
     const temporary_folder folder;
-    // A patch that keeps its size is refused with a line about its flicker.
-    clip_recipe recipe;
-    recipe.path = folder.file("steady.mkv");
-    recipe.times = steady(80, 25);
-    recipe.paint = [](int index, AVFrame& picture) {
-        paint(picture, 0, 0, 320, 240, {30, 30, 30});
-        paint(picture, 180 + 2 * (index % 2), 100, 40, 40, k_flame);
-    };
-    make_clip(recipe);
-    const program_result result =
-        orva_fire_on({recipe.path, "-o", folder.file("out"), "--events", "-", "--library-log", folder.file("log")});
+    const program_result result = orva_fire_on(
+        {steady_clip(folder), "-o", folder.file("out"), "--events", "-", "--library-log", folder.file("log")});
     EXPECT_EQ(result.output, "");
     EXPECT_NE(read_file(folder.file("log")), "");
+}
+
+TEST(orva_fire, ends_the_librarys_file_at_its_limit_while_it_runs) {
+    const temporary_folder folder;
+    orva_fire::detect_options options;
+    options.video = steady_clip(folder);
+    options.folder = folder.file("out");
+    options.library_log = folder.file("log");
+    options.library_log_limit = 60;
+    EXPECT_EQ(orva_fire::run_detect(options), 0);
+    const std::string log = read_file(options.library_log);
+    EXPECT_NE(log.find("the log ends here"), std::string::npos) << log;
+    EXPECT_LT(log.size(), 300u);
 }
 
 TEST(orva_fire, looks_only_into_its_regions) {
@@ -276,6 +294,12 @@ TEST(orva_fire, looks_only_into_its_regions) {
     const program_result both = orva_fire_on(
         {clip, "-o", folder.file("out"), "--events", "-", "--region", "0,0,100,240", "--region", "40%,20%,50%,60%"});
     EXPECT_EQ(both.exit_code, 10) << both.errors;
+    orva_fire::video_source video(folder.file("out/annotated.mp4"));
+    orva_fire::source_picture picture;
+    ASSERT_TRUE(video.next(picture));
+    // The frame around the first region, grey on the dark ground: 16 + 219 * 150 / 255 = 145.
+    EXPECT_NEAR(component(*picture.frame, 100, 60, 0), 145, 12);
+    EXPECT_NEAR(component(*picture.frame, 90, 60, 0), 42, 12);
     for (const auto& event : json_lines(both.output)) {
         EXPECT_EQ(event["zone"], "region 2");
         const auto& box = event["boxes"].at(0);
