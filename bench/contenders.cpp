@@ -55,7 +55,9 @@ void look_up(void* library, const char* name, function* result) {
 }  // namespace
 
 six_functions load_library(const std::string& path) {
-    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // A bare file name would be looked for where the system keeps its libraries.
+    const std::string place = path.find('/') == std::string::npos ? "./" + path : path;
+    void* library = dlopen(place.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         std::fprintf(stderr, "%s\n", dlerror());
         std::exit(1);
