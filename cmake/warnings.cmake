@@ -4,3 +4,7 @@ target_compile_options(orva_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconver
 if(ORVA_WERROR)
     target_compile_options(orva_warnings INTERFACE -Werror)
 endif()
+# With sanitizers GCC sees paths through the standard library's own code on which nothing is set.
+if(ORVA_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    target_compile_options(orva_warnings INTERFACE -Wno-maybe-uninitialized)
+endif()

@@ -60,6 +60,25 @@ uint32_t sum_distance_row(const unsigned char* src, int width, int value) {
     return sum;
 }
 
+void add_distance_sums_counted(const unsigned char* src, int width, int first, int count, uint32_t* sums) {
+    uint32_t histogram[256] = {};
+    for (int x = 0; x < width; ++x) ++histogram[src[x]];
+    for (int i = 0; i < count; ++i) {
+        for (int byte = 0; byte < 256; ++byte) {
+            const int distance = byte < first + i ? first + i - byte : byte - first - i;
+            sums[i] += histogram[byte] * static_cast<uint32_t>(distance);
+        }
+    }
+}
+
+void add_distance_sums(const unsigned char* src, int width, int first, int count, uint32_t* sums) {
+#if defined(__SSE2__) || defined(__ARM_NEON)
+    for (int i = 0; i < count; ++i) sums[i] += sum_distance_row(src, width, first + i);
+#else
+    add_distance_sums_counted(src, width, first, count, sums);
+#endif
+}
+
 ORVA_ROW_FUNCTION
 uint32_t sum_row(const unsigned char* src, int width) {
     uint32_t sum = 0;

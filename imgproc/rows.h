@@ -36,6 +36,11 @@ struct row_motion {
 };
 row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, int width);
 
+// Adds to sums[i] what sum_distance_row gives for value first + i, for i from 0 to count - 1. Processors without vector
+// instructions count the bytes instead: one pass for all values. values: up to 256 in all.
+void add_distance_sums(const unsigned char* src, int width, int first, int count, uint32_t* sums);
+void add_distance_sums_counted(const unsigned char* src, int width, int first, int count, uint32_t* sums);
+
 // Sum of |src - value|; value 0 gives the sum of the bytes. From sums for neighbouring values follow, without a
 // histogram, how many bytes lie above a limit and what they sum up to; see bytes_above.
 uint32_t sum_distance_row(const unsigned char* src, int width, int value);

@@ -80,11 +80,10 @@ void region_scan::run(const fd_yuv_frame* frame, fd_yuv_frame* mask, fd_yuv_fram
 }
 
 void region_scan::add_distances(const unsigned char* differences, int count, distance_sums* tail) {
+    const int limits = k_otsu_max - k_otsu_min + 2;
     tail->count += static_cast<uint32_t>(count);
-    tail->from_zero += sum_distance_row(differences, count, 0);
-    for (int t = k_otsu_min; t <= k_otsu_max + 1; ++t) {
-        tail->from_limit[t - k_otsu_min] += sum_distance_row(differences, count, t);
-    }
+    tail->from_zero += sum_row(differences, count);
+    add_distance_sums(differences, count, k_otsu_min, limits, tail->from_limit);
 }
 
 // Otsu's threshold of the differences. Those up to the lowest threshold add to the sum of all alone, so the rest is
