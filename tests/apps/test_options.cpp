@@ -78,6 +78,8 @@ INSTANTIATE_TEST_SUITE_P(table, refused,
                                          refused_row{{"fps below 0"}, {"a.mp4", "--fps=-5"}},
                                          refused_row{{"fps that is no number"}, {"a.mp4", "--fps", "fast"}},
                                          refused_row{{"a region of three values"}, {"a.mp4", "--region", "1,2,3"}},
+                                         refused_row{{"two regions after one option"},
+                                                     {"--region", "0,0,16,16", "0,0,16,16", "a.mp4"}},
                                          refused_row{{"a region without value"}, {"a.mp4", "--region"}},
                                          refused_row{{"an output without value"}, {"a.mp4", "-o"}}),
                          row_name());
