@@ -1,9 +1,13 @@
-// A host that ends in the state that its argument names. The process's exit must be clean and silent.
+// A host that ends in the state that its argument names. The process's exit must be clean and silent, and whatever the
+// library held must have been given back by its end, not only be forgotten.
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "ORVA_FireDetection.h"
+#include "tests/api/failing_new.h"
 #include "tests/support/scene.h"
 
 namespace {
@@ -21,10 +25,21 @@ void open_channels(int count) {
     }
 }
 
+long live_at_start = 0;
+
+// Registered before the library's first call, and so run after the library's own exit handler.
+void check_that_all_was_given_back() {
+    if (failing_new::live_blocks() == live_at_start) return;
+    std::fprintf(stderr, "%ld blocks were not given back\n", failing_new::live_blocks() - live_at_start);
+    _exit(3);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const char* state = argc > 1 ? argv[1] : "";
+    live_at_start = failing_new::live_blocks();
+    std::atexit(check_that_all_was_given_back);
     if (std::strcmp(state, "untouched") == 0) return 0;
     if (std::strcmp(state, "refused") == 0) return ORVA_FireDetection_UnInit() - 1;
     ORVA_FireDetection_Init();
