@@ -61,8 +61,7 @@ command parse_command_line(int argc, const char* const* argv) {
            "look in this part of the picture only, X,Y,WIDTH,HEIGHT in pixels or percent; give it several times "
            "for several parts")
         ->type_name("REGION")
-        ->expected(1)
-        ->take_all()
+        ->allow_extra_args(false)
         ->check(CLI::Validator(check_region, ""));
     app.add_option("--grade", options.grade,
                    "sensitivity, 0 to 100; higher reports after less evidence (default: as 70)")
