@@ -80,7 +80,7 @@
  * BUILDS WITH THE ACCELERATOR
  *
  * In a build for a chip with the IVE engine, pictures that qualify (stride and physical addresses multiples of 16, even
- * sizes) are processed there. The engine reads phys_addr; the processor reads the same planes through virt_addr, for the
+ * sizes) are processed there; the addresses of both planes must be multiples of 16 and not 0. The engine reads phys_addr; the processor reads the same planes through virt_addr, for the
  * colour and brightness tests, so both must show the same bytes. The engine converts with the BT.709 matrix for studio
  * range, so the rule above on expanding video does not hold there; see docs/porting.md. The engine refuses windows
  * smaller than 64 x 64 pixels, which nothing tests beforehand: SetFrame on such a region returns 4 for every frame. Use
