@@ -99,6 +99,49 @@ TEST(merging_chains, grow_over_blocks_in_both_directions) {
     }
 }
 
+// The first box grows by 5 pixels towards a box that lies in a later block by itself, and is then 79 pixels away from
+// it, just near enough. Behind it 30 boxes that nothing reaches.
+struct reach_row : support::named_row {
+    con_info first;
+    con_info growth;
+    con_info reached;
+    bool near_enough;
+};
+
+class reaching_a_later_block : public testing::TestWithParam<reach_row> {};
+
+TEST_P(reaching_a_later_block, happens_at_the_very_pixel) {
+    list components = {GetParam().first, GetParam().growth};
+    for (int i = 0; i < 30; ++i) components.push_back(box(3000 + 100 * i, 3000, 1, 1, 1));
+    components.push_back(GetParam().reached);
+    list got = components;
+    box_merger().merge(got);
+    EXPECT_EQ(got.size(), components.size() - (GetParam().near_enough ? 2 : 1));
+    EXPECT_EQ(text_of(got), text_of(merged_by_rule(components)));
+}
+
+const con_info k_first = box(500, 500, 100, 100, 1);
+
+INSTANTIATE_TEST_SUITE_P(
+    table, reaching_a_later_block,
+    testing::Values(
+        reach_row{{"to the right"}, k_first, box(590, 500, 15, 100, 1), box(683, 500, 100, 100, 1), true},
+        reach_row{{"to the right and one pixel short"},
+                  k_first,
+                  box(590, 500, 15, 100, 1),
+                  box(684, 500, 100, 100, 1),
+                  false},
+        reach_row{{"to the left"}, k_first, box(495, 500, 15, 100, 1), box(317, 500, 100, 100, 1), true},
+        reach_row{
+            {"to the left and one pixel short"}, k_first, box(495, 500, 15, 100, 1), box(316, 500, 100, 100, 1), false},
+        reach_row{{"downwards"}, k_first, box(500, 590, 100, 15, 1), box(500, 683, 100, 100, 1), true},
+        reach_row{
+            {"downwards and one pixel short"}, k_first, box(500, 590, 100, 15, 1), box(500, 684, 100, 100, 1), false},
+        reach_row{{"upwards"}, k_first, box(500, 495, 100, 15, 1), box(500, 317, 100, 100, 1), true},
+        reach_row{
+            {"upwards and one pixel short"}, k_first, box(500, 495, 100, 15, 1), box(500, 316, 100, 100, 1), false}),
+    support::row_name());
+
 TEST(merging_chains, of_no_box_and_of_one_stay) {
     list none, one = {box(1, 2, 3, 4, 5)};
     box_merger merger;
