@@ -315,7 +315,8 @@ TEST_F(frame_process_test, follows_the_twin_frame_by_frame) {
             reported += result.count > 0;
         }
     }
-    // One scene in seventy jumps about so much, or is judged so strictly, that it has no report; four such do not occur.
+    // One scene in seventy jumps about so much, or is judged so strictly, that it has no report; four such do not
+    // occur.
     EXPECT_GT(reported, 0) << "seed " << random.seed();
 }
 
