@@ -7,7 +7,7 @@ ORVA_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 program_packages=(
     g++ make cmake pkg-config
     libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev
-    libcli11-dev nlohmann-json3-dev
+    libcli11-dev nlohmann-json3-dev scdoc
 )
 
 # What the tests need besides.

@@ -46,7 +46,7 @@ std::string events_path(const detect_options& options) {
 const detect_options& without_overwriting(const detect_options& options) {
     for (const std::string& output : {in_folder(options, k_video_name), events_path(options), options.library_log}) {
         std::error_code error;
-        if (fs::equivalent(options.video, output, error) && !error) {
+        if (fs::equivalent(options.source, output, error) && !error) {
             throw usage_error("'" + output + "' is the video itself; choose another place for the results");
         }
     }
@@ -95,7 +95,7 @@ private:
 
 detection_run::detection_run(const detect_options& options)
     : m_options(without_overwriting(options)),
-      m_source(options.video),
+      m_source(options.source),
       m_progress(m_source.duration()),
       m_library_output(options.library_log, options.library_log_limit),
       m_limiter(options.rate) {}
@@ -219,7 +219,7 @@ int detection_run::run() {
     }
     const std::string problem = m_source.problem();
     if (m_summary.frames == 0) {
-        throw io_error(problem.empty() ? "'" + m_options.video + "': no picture could be decoded"
+        throw io_error(problem.empty() ? "'" + m_options.source + "': no picture could be decoded"
                                        : problem + "; no picture could be decoded");
     }
     m_summary.video_seconds = m_now.seconds + 1 / m_source.nominal_rate();

@@ -4,10 +4,9 @@
 #include <exception>
 #include <new>
 
-#include "apps/orva_fire/detect.h"
+#include "apps/orva_fire/commands.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/library_output.h"
-#include "apps/orva_fire/options.h"
 
 int main(int argc, char** argv) {
     using namespace orva_fire;
@@ -15,8 +14,7 @@ int main(int argc, char** argv) {
     // A reader that goes away must end in a message and a finished video, not in silence.
     std::signal(SIGPIPE, SIG_IGN);
     try {
-        const command wanted = parse_command_line(argc, argv);
-        return wanted.detect ? run_detect(*wanted.detect) : wanted.exit_code;
+        return run_command(argc, argv);
     } catch (const usage_error& error) {
         std::fprintf(stderr, "orva-fire: %s\n", error.what());
         return k_exit_usage;

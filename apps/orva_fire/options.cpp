@@ -1,9 +1,8 @@
 #include "apps/orva_fire/options.h"
 
-#include <CLI/CLI.hpp>
-#include <iostream>
-
 #include "ORVA_FireDetection.h"
+#include "apps/orva_fire/command_line.h"
+#include "apps/orva_fire/commands.h"
 #include "apps/orva_fire/error.h"
 
 namespace orva_fire {
@@ -18,10 +17,6 @@ Examples:
   orva-fire video.mp4 -o night --grade 85        more sensitive, results go to night/
   orva-fire video.mp4 --region 50%,0,50%,100%    the right half only, at twice the detail
   orva-fire video.mp4 --events - | jq .          events on standard output, one JSON object a line)";
-
-std::string complaint(const CLI::App*, const CLI::Error& error) {
-    return std::string("orva-fire: ") + error.what() + "\nRun orva-fire --help for more information.\n";
-}
 
 std::string check_region(const std::string& text) {
     try {
@@ -38,56 +33,100 @@ std::string check_rate(const std::string& text) {
     return "a rate must be above 0 and at most 1000, not '" + text + "'";
 }
 
-}  // namespace
+// The options of detection on one app, and what they were given.
+class detect_options_reader {
+public:
+    detect_options_reader(CLI::App& app, const char* source_name);
+    command read(int argc, const char* const* argv);
 
-command parse_command_line(int argc, const char* const* argv) {
-    detect_options options;
-    std::vector<std::string> regions;
-    bool no_video = false;
+private:
+    void add_places();
+    void add_detector();
+    detect_options finished() const;
 
-    CLI::App app("Finds fire in a video and writes an annotated video, events and snapshots.", "orva-fire");
-    app.footer(k_footer);
-    app.failure_message(complaint);
-    app.set_version_flag("--version", "orva-fire " ORVA_FIRE_VERSION);
-    app.add_option("VIDEO", options.video, "video file, in any format that FFmpeg reads")->required();
-    app.add_option("-o,--output", options.folder, "folder for the results, made if it is missing")
+    CLI::App& m_app;
+    const std::string m_source_name;
+    detect_options m_options;
+    std::vector<std::string> m_regions;
+    bool m_no_video = false;
+};
+
+detect_options_reader::detect_options_reader(CLI::App& app, const char* source_name)
+    : m_app(app), m_source_name(source_name) {
+    app.add_option(m_source_name + ",--source", m_options.source, "video file, in any format that FFmpeg reads");
+    add_config_file(app);
+    add_places();
+    add_detector();
+}
+
+void detect_options_reader::add_places() {
+    m_app.add_option("-o,--output", m_options.folder, "folder for the results, made if it is missing")
         ->capture_default_str()
         ->type_name("FOLDER");
-    app.add_option("--events", options.events,
-                   "file for the events instead of events.jsonl in the folder; - for standard output")
+    m_app
+        .add_option("--events", m_options.events,
+                    "file for the events instead of events.jsonl in the folder; - for standard output")
         ->type_name("FILE");
-    app.add_option(
-           "--region", regions,
-           "look in this part of the picture only, X,Y,WIDTH,HEIGHT in pixels or percent; give it several times "
-           "for several parts")
+    m_app
+        .add_option("--library-log", m_options.library_log,
+                    "keep the detector's own lines in this file, 16 MiB at most")
+        ->type_name("FILE");
+    m_app.add_flag("--no-video", m_no_video, "write no annotated video, which takes most of the time");
+}
+
+void detect_options_reader::add_detector() {
+    m_app
+        .add_option("--region", m_regions,
+                    "look in this part of the picture only, X,Y,WIDTH,HEIGHT in pixels or percent; give it several "
+                    "times for several parts")
         ->type_name("REGION")
         ->allow_extra_args(false)
         ->check(CLI::Validator(check_region, ""));
-    app.add_option("--grade", options.grade,
-                   "sensitivity, 0 to 100; higher reports after less evidence (default: as 70)")
+    m_app
+        .add_option("--grade", m_options.grade,
+                    "sensitivity, 0 to 100; higher reports after less evidence (default: as 70)")
         ->type_name("GRADE")
         ->check(CLI::Validator(CLI::Range(0, 100)).description(""));
-    app.add_option("--fps", options.rate, "pass at most this many pictures a second to the detector, by time stamps")
+    m_app
+        .add_option("--fps", m_options.rate, "pass at most this many pictures a second to the detector, by time stamps")
         ->type_name("RATE")
         ->check(CLI::Validator(check_rate, ""));
-    app.add_option("--library-log", options.library_log, "keep the detector's own lines in this file, 16 MiB at most")
-        ->type_name("FILE");
-    app.add_flag("--no-video", no_video, "write no annotated video, which takes most of the time");
+}
 
-    command result;
-    try {
-        app.parse(argc, const_cast<char**>(argv));
-        if (regions.size() > FD_MAX_CHANNELS)
+detect_options detect_options_reader::finished() const {
+    detect_options options = m_options;
+    for (const std::string& text : m_regions) options.regions.push_back(parse_region(text));
+    options.write_video = !m_no_video;
+    return options;
+}
+
+command detect_options_reader::read(int argc, const char* const* argv) {
+    const auto check = [this] {
+        if (m_options.source.empty()) throw CLI::ValidationError(m_source_name, "name the video to look at");
+        if (m_regions.size() > FD_MAX_CHANNELS)
             throw CLI::ValidationError("--region", "at most 128 regions are possible");
-    } catch (const CLI::ParseError& error) {
-        const int status = app.exit(error, std::cout, std::cerr);
-        result.exit_code = status == 0 ? 0 : k_exit_usage;
-        return result;
+    };
+    command result;
+    if (const auto exit_code = read_command_line(m_app, argc, argv, check)) {
+        result.exit_code = *exit_code;
+    } else {
+        result.detect = finished();
     }
-    for (const std::string& text : regions) options.regions.push_back(parse_region(text));
-    options.write_video = !no_video;
-    result.detect = options;
     return result;
+}
+
+}  // namespace
+
+command parse_command_line(int argc, const char* const* argv) {
+    CLI::App app("Finds fire in a video and writes an annotated video, events and snapshots.", "orva-fire");
+    set_manners(app, k_footer + ("\n\nCommands, each with its own --help:\n" + list_of_commands()));
+    return detect_options_reader(app, "VIDEO").read(argc, argv);
+}
+
+command parse_detect(int argc, const char* const* argv) {
+    CLI::App app("Finds fire in a video and writes an annotated video, events and snapshots.", "orva-fire detect");
+    set_manners(app, k_footer);
+    return detect_options_reader(app, "SOURCE").read(argc, argv);
 }
 
 }  // namespace orva_fire

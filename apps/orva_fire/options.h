@@ -13,7 +13,7 @@
 namespace orva_fire {
 
 struct detect_options {
-    std::string video;
+    std::string source;
     std::string folder = "orva-fire-out";
     std::string events;           // file for the events, "-" for standard output; empty: events.jsonl in the folder
     std::vector<region> regions;  // empty: the whole picture
@@ -30,8 +30,10 @@ struct command {
     int exit_code = 0;
 };
 
-// Help and version go to standard output, complaints to standard error.
+// `orva-fire VIDEO ...` and `orva-fire detect SOURCE ...`; in the second form argv[0] is "detect". The options are the
+// same. Help and version go to standard output, complaints to standard error.
 command parse_command_line(int argc, const char* const* argv);
+command parse_detect(int argc, const char* const* argv);
 
 }  // namespace orva_fire
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/orva_fire/options.h"
+#include "tests/apps/clip_maker.h"
 #include "tests/support/capture.h"
 #include "tests/support/rows.h"
 
@@ -21,7 +22,7 @@ command parse(std::vector<const char*> words) {
 TEST(options, have_these_defaults) {
     const command got = parse({"a.mp4"});
     ASSERT_TRUE(got.detect);
-    EXPECT_EQ(got.detect->video, "a.mp4");
+    EXPECT_EQ(got.detect->source, "a.mp4");
     EXPECT_EQ(got.detect->folder, "orva-fire-out");
     EXPECT_EQ(got.detect->events, "");
     EXPECT_TRUE(got.detect->regions.empty());
@@ -35,7 +36,7 @@ TEST(options, are_all_read) {
     const command got = parse({"-o", "out", "--events", "-", "--region", "1,2,30,40", "--region", "5%,6%,7%,8%",
                                "--grade", "0", "--fps", "12.5", "--library-log", "log", "--no-video", "a.mp4"});
     ASSERT_TRUE(got.detect);
-    EXPECT_EQ(got.detect->video, "a.mp4");
+    EXPECT_EQ(got.detect->source, "a.mp4");
     EXPECT_EQ(got.detect->folder, "out");
     EXPECT_EQ(got.detect->events, "-");
     ASSERT_EQ(got.detect->regions.size(), 2u);
@@ -53,7 +54,61 @@ TEST(options, keep_the_video_apart_from_a_region_before_it) {
     const command got = parse({"--region", "1,2,30,40", "a.mp4"});
     ASSERT_TRUE(got.detect);
     EXPECT_EQ(got.detect->regions.size(), 1u);
-    EXPECT_EQ(got.detect->video, "a.mp4");
+    EXPECT_EQ(got.detect->source, "a.mp4");
+}
+
+TEST(options, of_detect_are_those_of_the_short_form) {
+    const char* words[] = {"detect", "a.mp4", "--grade", "85"};
+    const command got = parse_detect(4, words);
+    ASSERT_TRUE(got.detect);
+    EXPECT_EQ(got.detect->source, "a.mp4");
+    EXPECT_EQ(got.detect->grade, 85);
+}
+
+TEST(options, can_stand_in_a_file_and_the_command_line_wins) {
+    const apps_test::temporary_folder folder;
+    const std::string file = folder.file("gate.conf");
+    apps_test::write_file(file,
+                          "# a camera\nsource = \"a b.mp4\"\ngrade = 85\nfps = 12.5\nno-video = true\n"
+                          "region = [\"0,0,50%,100%\", \"50%,0,50%,100%\"]\n");
+    const command got = parse({"--config", file.c_str(), "--fps", "5"});
+    ASSERT_TRUE(got.detect);
+    EXPECT_EQ(got.detect->source, "a b.mp4");
+    EXPECT_EQ(got.detect->grade, 85);
+    EXPECT_EQ(got.detect->rate, 5);
+    EXPECT_FALSE(got.detect->write_video);
+    ASSERT_EQ(got.detect->regions.size(), 2u);
+    EXPECT_EQ(got.detect->regions[1].x.number, 50);
+}
+
+struct bad_file_row : support::named_row {
+    const char* line;
+    const char* said;
+};
+
+class bad_file : public testing::TestWithParam<bad_file_row> {};
+
+TEST_P(bad_file, is_refused_with_2_and_the_name_that_is_wrong) {
+    const apps_test::temporary_folder folder;
+    const std::string file = folder.file("gate.conf");
+    apps_test::write_file(file, std::string(GetParam().line) + "\n");
+    testing::internal::CaptureStderr();
+    const command got = parse({"a.mp4", "--config", file.c_str()});
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_FALSE(got.detect);
+    EXPECT_EQ(got.exit_code, 2);
+    EXPECT_NE(said.find(GetParam().said), std::string::npos) << said;
+}
+
+INSTANTIATE_TEST_SUITE_P(table, bad_file,
+                         testing::Values(bad_file_row{{"an unknown name"}, "grades = 85", "'grades'"},
+                                         bad_file_row{{"a grade that is too high"}, "grade = 101", "--grade"},
+                                         bad_file_row{{"a region that is none"}, "region = \"1,2\"", "--region"},
+                                         bad_file_row{{"another file"}, "config = \"x\"", "config"}),
+                         row_name());
+
+TEST(options, refuse_a_file_that_is_missing) {
+    EXPECT_EQ(parse({"a.mp4", "--config", "no-such-file.conf"}).exit_code, 2);
 }
 
 struct refused_row : support::named_row {

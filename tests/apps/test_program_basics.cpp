@@ -276,7 +276,7 @@ TEST(orva_fire, keeps_the_librarys_lines_in_a_file) {
 TEST(orva_fire, ends_the_librarys_file_at_its_limit_while_it_runs) {
     const temporary_folder folder;
     orva_fire::detect_options options;
-    options.video = steady_clip(folder);
+    options.source = steady_clip(folder);
     options.folder = folder.file("out");
     options.library_log = folder.file("log");
     options.library_log_limit = 60;
@@ -382,6 +382,16 @@ TEST(orva_fire, shows_progress_on_a_terminal_only) {
     const program_result hidden = orva_fire_on({recipe.path, "-o", folder.file("out")});
     EXPECT_FALSE(says(hidden, "\r")) << hidden.errors;
     EXPECT_FALSE(says(hidden, " left\n")) << hidden.errors;
+}
+
+TEST(orva_fire, detect_is_the_long_form) {
+    const temporary_folder folder;
+    const std::string clip = burning_clip(folder);
+    const program_result brief = orva_fire_on({clip, "-o", folder.file("out"), "--events", "-"});
+    const program_result full = orva_fire_on({"detect", clip, "-o", folder.file("out"), "--events", "-"});
+    EXPECT_EQ(full.exit_code, 10) << full.errors;
+    EXPECT_EQ(full.output, brief.output);
+    EXPECT_NE(orva_fire_on({"--help"}).output.find("  detect "), std::string::npos);
 }
 
 TEST(orva_fire, prints_help_and_version) {
