@@ -115,12 +115,16 @@ int rounded_mean(int sum, int count) {
     return (sum + ((count + 1) >> 1)) / count;
 }
 
+int mean_deviation(const std::vector<con_info>& list, int mean) {
+    int distance = 0;
+    for (std::size_t i = 0; i < list.size(); ++i) distance += std::abs(list[i].area - mean);
+    return rounded_mean(distance, static_cast<int>(list.size()));
+}
+
 // Fire changes its outline: the mean deviation of the areas lies between a sixth of the mean and the mean.
 bool flickers(const std::vector<con_info>& list, const match_sums& sums) {
     const int mean = rounded_mean(sums.area, sums.count);
-    int distance = 0;
-    for (std::size_t i = 0; i < list.size(); ++i) distance += std::abs(list[i].area - mean);
-    const int deviation = rounded_mean(distance, sums.count);
+    const int deviation = mean_deviation(list, mean);
     if (mean / 6 < deviation && deviation < mean) return true;
     std::printf("%.2f  -----------------\n", static_cast<double>(ratio(deviation, mean)));
     return false;
@@ -128,7 +132,7 @@ bool flickers(const std::vector<con_info>& list, const match_sums& sums) {
 
 }  // namespace
 
-foreground_analysis::foreground_analysis() : m_stable_thresh(k_default_stable_thresh) {}
+foreground_analysis::foreground_analysis() : m_stable_thresh(k_default_stable_thresh), m_observer(nullptr) {}
 
 int foreground_analysis::start() {
     m_merger.reserve(run_labeller::k_most_components, k_most_merged);
@@ -194,14 +198,26 @@ void foreground_analysis::forget_oldest() {
 // gives its first.
 bool foreground_analysis::is_stable(const con_info& candidate, fd_rect* box) {
     m_matches.clear();
+    stability_measures seen = {};
     for (const box_list& list : m_history) {
         std::size_t i = 0;
         while (i < list.size() && !matches(candidate, list[i])) ++i;
-        if (i < list.size()) m_matches.push_back(list[i]);
+        if (i == list.size()) continue;
+        m_matches.push_back(list[i]);
+        if (m_observer != nullptr) seen.lists |= uint64_t(1) << (&list - m_history.data());
     }
     m_matches.push_back(candidate);
     const match_sums sums = sum_matches(m_matches);
-    if (sums.count <= m_stable_thresh || !flickers(m_matches, sums)) return false;
+    const bool stable = sums.count > m_stable_thresh && flickers(m_matches, sums);
+    if (m_observer != nullptr) {
+        seen.count = sums.count;
+        seen.more_than = m_stable_thresh;
+        seen.mean_area = rounded_mean(sums.area, sums.count);
+        seen.deviation = mean_deviation(m_matches, seen.mean_area);
+        seen.is_reported = stable;
+        m_observer->on_stability(candidate, seen);
+    }
+    if (!stable) return false;
     box->x = static_cast<uint16_t>(rounded_mean(sums.left, sums.count));
     box->y = static_cast<uint16_t>(rounded_mean(sums.top, sums.count));
     box->width = static_cast<uint16_t>(rounded_mean(sums.width, sums.count));
@@ -227,10 +243,15 @@ int foreground_analysis::get_stable_rects(std::vector<con_info>& fire_rects, fd_
 int foreground_analysis::get_fire_rects(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame* rgb,
                                         std::vector<con_info>& components, std::vector<con_info>& fire_rects,
                                         bool& found) {
+    if (m_observer != nullptr) m_observer->on_components(*fg, components);
     m_merger.merge(components);
+    if (m_observer != nullptr) m_observer->on_merged(components);
     found = !components.empty();
     for (std::size_t i = 0; i < components.size(); ++i) {
-        if (covered(components, i)) continue;
+        if (covered(components, i)) {
+            judge(components[i], box_covered, box_measures());
+            continue;
+        }
         if (verify_fire(roi, fg, rgb, &components[i]) != FD_OK) continue;
         if (fire_rects.size() == k_candidate_limit) return FD_OK;
         fire_rects.push_back(components[i]);
@@ -241,16 +262,22 @@ int foreground_analysis::get_fire_rects(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_
 int foreground_analysis::verify_fire(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv_frame*, con_info* box) {
     const int w = box_width(*box);
     const int h = box_height(*box);
-    if (w < k_min_box_width || h < k_min_box_height || box->area < k_min_area) return k_not_fire;
+    box_measures measures = {};
+    if (w < k_min_box_width || h < k_min_box_height || box->area < k_min_area) {
+        return judge(*box, box_too_small, measures);
+    }
 
     const int pixels = w * h;
     const bright_counts counts = count_box(roi, fg, *box);
     const int bright = static_cast<int>(counts.bright);
     const int fire = static_cast<int>(counts.fire);
+    measures.pixels = pixels;
+    measures.bright = bright;
+    measures.fire = fire;
     if (bright < pixels >> 3 || fire < k_min_fire_pixels || fire < pixels >> 4) {
         std::printf("ratio1 = %.2f, fire_area = %d, ratio = %.2f ==========\n",
                     static_cast<double>(ratio(bright, pixels)), fire, static_cast<double>(ratio(fire, pixels)));
-        return k_not_fire;
+        return judge(*box, box_too_dim, measures);
     }
     const int centre = (static_cast<int>(counts.bright_sum) + bright / 2) / bright;
 
@@ -267,10 +294,19 @@ int foreground_analysis::verify_fire(fd_yuv_frame* roi, fd_yuv_frame* fg, fd_yuv
                     sum_luma(roi, x, box->top, mx, h) + sum_luma(roi, box->right + 1, box->top, mx, h);
     const int around_pixels = 2 * (mx * h + width * my);
     const int around = around_pixels != 0 ? (sum + around_pixels / 2) / around_pixels : 0;
-    if (static_cast<double>(centre) >= k_brighter * around) return FD_OK;
+    measures.centre = centre;
+    measures.around = around;
+    if (static_cast<double>(centre) >= k_brighter * around) return judge(*box, box_is_candidate, measures);
     std::printf(" avg_center = %d, avg_arround = %d, ratio = %.2f\n", centre, around,
                 static_cast<double>(ratio(centre, around)));
-    return k_not_fire;
+    return judge(*box, box_not_brighter, measures);
+}
+
+// The code that goes with a verdict, of which the observer is told.
+int foreground_analysis::judge(const con_info& box, box_verdict verdict, const box_measures& measures) {
+    if (m_observer != nullptr) m_observer->on_verdict(box, verdict, measures);
+    if (verdict != box_is_candidate) return k_not_fire;
+    return FD_OK;
 }
 
 int foreground_analysis::limit_rect(int& x, int& y, int& w, int& h, int img_w, int img_h) {

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+#include "channel/analysis_observer.h"
 #include "channel/box_merger.h"
 #include "imgproc/common.h"
 
@@ -26,6 +27,9 @@ public:
     // Sets how many stored frames must hold a candidate: (103 - grade) / 6 + 30. Returns 0; 7 for a grade outside
     // 0..100.
     int set_sensitive(int grade);
+
+    // observer: told of every decision from now on; null for none. It stays the caller's.
+    void set_observer(analysis_observer* observer) { m_observer = observer; }
 
     // Runs one frame: candidates, stability, history.
     // roi: luma of the region in plane 0, with the frame's stride; fg: mask, a pixel is set when its lowest bit is 1;
@@ -57,6 +61,7 @@ private:
     void remember(const box_list& boxes);
     void forget_oldest();
     bool is_stable(const con_info& candidate, fd_rect* box);
+    int judge(const con_info& box, box_verdict verdict, const box_measures& measures);
 
     std::vector<box_list> m_history;  // merged lists of the last frames that had any, oldest first
     int m_stable_thresh;
@@ -64,6 +69,7 @@ private:
     std::vector<box_list> m_spare;  // memory of lists that were forgotten
     box_list m_candidates;          // of the frame in work
     box_list m_matches;             // of the candidate in work
+    analysis_observer* m_observer;  // null but for programs that explain
 };
 
 }  // namespace orva_fd

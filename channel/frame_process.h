@@ -26,6 +26,9 @@ public:
     // Returns 0; 7 for a grade outside 0..100.
     int set_sensitive(int grade);
 
+    // observer: told of every decision from now on; null for none. It stays the caller's.
+    void set_observer(analysis_observer* observer) { m_fg_analysis.set_observer(observer); }
+
     // Processes one frame; result receives the boxes to report, in coordinates of the frame.
     // Returns 0; 7 if the frame is refused (result and all state unchanged); the code of a failed stage.
     int set_frame(fd_yuv_frame& frame, fd_result& result);
