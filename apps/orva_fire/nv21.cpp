@@ -1,5 +1,8 @@
 #include "apps/orva_fire/nv21.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "apps/orva_fire/error.h"
 
 namespace orva_fire {
@@ -11,9 +14,16 @@ size_t block_bytes(int stride, int height) {
     return static_cast<size_t>(stride) * static_cast<size_t>(height + (height + 1) / 2 + 1);
 }
 
-// A view of the region's pixels; nothing is copied.
+// A view of the region's pixels; nothing is copied, and the source keeps its memory.
 frame_ptr cut(const AVFrame& source, const box& region) {
-    frame_ptr view = share_picture(source);
+    frame_ptr view = new_frame();
+    view->format = source.format;
+    view->width = source.width;
+    view->height = source.height;
+    view->color_range = source.color_range;
+    view->chroma_location = source.chroma_location;
+    std::copy(std::begin(source.data), std::end(source.data), std::begin(view->data));
+    std::copy(std::begin(source.linesize), std::end(source.linesize), std::begin(view->linesize));
     view->crop_left = static_cast<size_t>(region.x);
     view->crop_top = static_cast<size_t>(region.y);
     view->crop_right = static_cast<size_t>(source.width - region.x - region.width);

@@ -37,8 +37,12 @@ public:
     // region: in source pixels, inside every picture that will come.
     explicit nv21_converter(const box& region);
 
-    // The returned picture is valid until the next call.
+    // The returned picture is valid until the next call. The source may be an AVFrame that only points at somebody
+    // else's planes; nothing is copied but the pixels that are converted.
     nv21_picture& convert(const AVFrame& source);
+
+    // Size of the pictures that convert returns.
+    picture_size size() const { return m_picture.size(); }
 
 private:
     box m_region;

@@ -1,0 +1,94 @@
+// Looks at one zone: cuts out its tiles, converts them, passes them to the library's channels, and joins the answers.
+#ifndef ORVA_APPS_ORVA_FIRE_ZONE_WATCHER_H
+#define ORVA_APPS_ORVA_FIRE_ZONE_WATCHER_H
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "apps/orva_fire/ffmpeg.h"
+#include "apps/orva_fire/fresh_channel.h"
+#include "apps/orva_fire/geometry.h"
+#include "apps/orva_fire/nv21.h"
+#include "apps/orva_fire/stopwatch.h"
+#include "apps/orva_fire/tiling.h"
+
+namespace orva_fire {
+
+// A longer time than this between two pictures starts a zone afresh: what moved in between was not seen, and a fire
+// that still burns is confirmed again by the next 50 pictures.
+const double k_longest_gap = 5;
+
+struct watch_settings {
+    std::optional<int> grade;  // 0 to 100; none: the library's own
+    tile_grid tiles;
+    double max_age = 0;  // seconds for which evidence is kept; 0: without limit
+};
+
+// What a zone reports for one picture.
+struct zone_answer {
+    std::vector<box> boxes;  // in source pixels, joined where tiles overlap
+    bool fresh = false;      // at least one tile's boxes are new, not held from earlier pictures
+};
+
+// When two channels that see the same pictures are started and which of them answers, so that no answer rests on
+// evidence older than max_age. A channel lives for max_age. Half of that after its start a second one is started beside
+// it, which takes over when the first one's time is up. So the one that answers is between a half and a whole max_age
+// old, but for the beginning. Evidence that gathers within half of max_age is therefore always reported, slower one
+// with luck, and what took longer than max_age never.
+class age_plan {
+public:
+    // What has to be done before a picture is passed, in this order.
+    struct step {
+        bool restart = false;        // drop both channels, start the answering one
+        bool hand_over = false;      // drop the answering one; the other takes its place
+        bool start_younger = false;  // start the second channel
+    };
+
+    explicit age_plan(double max_age) : m_max_age(max_age) {}
+
+    // seconds: of the picture that comes next; not smaller than the last.
+    step next(double seconds);
+
+    // The next picture starts afresh.
+    void restart() { m_older.reset(); }
+
+private:
+    const double m_max_age;
+    std::optional<double> m_older, m_younger;  // when the channels were started
+    double m_last = 0;
+};
+
+class zone_watcher {
+public:
+    // parts: the zone's rectangles in source pixels (place_zone). The library must be initialised.
+    // Throws usage_error (tile) and io_error. Channels are opened with the first picture.
+    zone_watcher(const std::vector<box>& parts, const watch_settings& settings);
+    ~zone_watcher();
+
+    // Passes one source picture. seconds: its time, growing from picture to picture; a step of more than k_longest_gap,
+    // or one backwards, starts the zone afresh. The watches run while it converts and while it detects.
+    // The picture needs no memory of its own: an AVFrame that only points at somebody's planes will do.
+    zone_answer observe(const AVFrame& picture, double seconds, stopwatch& converting, stopwatch& detecting);
+
+    // Forgets all evidence, as after a reconnect. The next picture is the first one again.
+    void restart() { m_plan.restart(); }
+
+    // What is looked at, one box for each tile, in source pixels.
+    const std::vector<box>& tiles() const { return m_tiles; }
+
+private:
+    struct tile_state;
+
+    void prepare(const age_plan::step& step);
+    std::unique_ptr<fresh_channel> open_channel(picture_size seen) const;
+
+    const watch_settings m_settings;
+    std::vector<box> m_tiles;
+    std::vector<std::unique_ptr<tile_state>> m_states;
+    age_plan m_plan;
+};
+
+}  // namespace orva_fire
+
+#endif
