@@ -67,6 +67,8 @@ The program orva-fire looks for flames in the pictures of a camera that stands
 still and leaves a video with a box around every fire, a list of events and
 snapshots. The program flame-clip makes a clip of a fire to try it on."
         COPYRIGHT copyright.tools)
+    install(FILES examples/systemd/orva-fire@.service DESTINATION lib/systemd/system COMPONENT tools)
+    install(FILES examples/systemd/camera.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orva-fire/examples COMPONENT tools)
 endif()
 
 set(CPACK_GENERATOR DEB)
