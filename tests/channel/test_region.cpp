@@ -163,6 +163,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(get_frame_roi_again, finds_its_own_values_aligned) {
     support::random_source random;
+    std::vector<unsigned char> pixels(352 * 288 * 2);
     for (int round = 0; round < 2000; ++round) {
         frame_process channel;
         const auto word = [&](int limit) { return static_cast<uint16_t>(random.below(limit)); };
@@ -171,6 +172,8 @@ TEST(get_frame_roi_again, finds_its_own_values_aligned) {
         src.width = 352;
         src.height = 288;
         src.stride[0] = 352;
+        src.virt_addr[0] = pixels.data();
+        src.virt_addr[1] = pixels.data() + 352 * 288;
         fd_yuv_frame dst = src;
         channel.get_frame_roi(&src, &dst);
         const std::string once = text_of(test_access::roi(channel));
