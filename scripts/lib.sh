@@ -11,7 +11,7 @@ program_packages=(
 )
 
 # What the tests need besides.
-test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 binutils git doxygen systemd)
+test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 binutils git doxygen systemd chromium)
 
 # What Debian packages are made and checked with.
 packaging_packages=(dpkg-dev file lintian mmdebstrap)
