@@ -5,6 +5,7 @@
 #include <deque>
 
 #include "apps/orva_fire/error.h"
+#include "apps/orva_fire/fresh_channel.h"
 #include "channel/frame_process.h"
 
 namespace orva_fire {
@@ -93,7 +94,10 @@ public:
         m_seen.needed = frames_needed(m_grade);
         compare_with_last(picture);
         m_candidates.clear();
+        const picture_size looked_at = fresh_channel::looked_at(picture.size());
         fd_yuv_frame frame = picture.view();
+        frame.width = static_cast<uint32_t>(looked_at.width);
+        frame.height = static_cast<uint32_t>(looked_at.height);
         fd_result result = {};
         if (m_channel->set_frame(frame, result) != FD_OK) throw io_error("the detector refused a picture to explain");
         for (int i = 0; i < result.count; ++i) {

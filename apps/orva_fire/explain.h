@@ -16,7 +16,6 @@ struct explained_place {
     size_t zone_index = 0;
     size_t channel = 0;  // of the zone; 0 where it is looked at in one piece
     box area;            // in source pixels
-    picture_size source;
 };
 
 // The numbers of one picture as JSON with an end of line. Boxes are in source pixels and, as "seen", in the detector's.

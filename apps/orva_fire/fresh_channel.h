@@ -42,6 +42,9 @@ public:
     fresh_channel(const fresh_channel&) = delete;
     fresh_channel& operator=(const fresh_channel&) = delete;
 
+    // The part of such a picture that is looked at, at its upper left corner.
+    static picture_size looked_at(picture_size seen) { return choose_sizes(seen).region; }
+
     // grade: 0 to 100.
     void set_grade(int grade);
 

@@ -68,9 +68,7 @@ int64_t reports_of(const report_data& run) {
 
 double trouble_seconds(const report_data& run) {
     double sum = 0;
-    for (const report_zone& zone : run.zones) {
-        for (const report_span& span : zone.troubles) sum += span.to - span.from;
-    }
+    for (const report_span& span : run.troubles) sum += span.to - span.from;
     return sum;
 }
 
@@ -96,8 +94,7 @@ std::string verdict_card(const report_data& run) {
                                             : "") +
                        "\">" + element("p", verdict_text(run));
     if (trouble_seconds(run) > 0) {
-        html += element("p", "For " + duration_text(trouble_seconds(run)) +
-                                 " the camera could not see well enough (added up over the zones).");
+        html += element("p", "For " + duration_text(trouble_seconds(run)) + " the camera could not see well enough.");
     }
     return html + "</div>\n";
 }
@@ -137,7 +134,7 @@ std::string zone_timeline(const report_data& run, size_t index) {
                                  clock_text(event.from) + " to " + clock_text(event.to);
         reports.push_back({{event.from, event.to, text}, video_address(event, event.from)});
     }
-    for (const report_span& span : zone.troubles) {
+    for (const report_span& span : run.troubles) {
         troubles.push_back(
             {{span.from, span.to, span.text + ": " + clock_text(span.from) + " to " + clock_text(span.to)}, ""});
     }
@@ -168,16 +165,13 @@ std::string timeline(const report_data& run) {
 
 std::string trouble_table(const report_data& run) {
     std::string rows;
-    for (const report_zone& zone : run.zones) {
-        for (const report_span& span : zone.troubles) {
-            rows += "<tr>" + cell("zone", html_text(zone.name)) + cell("from", clock_text(span.from)) +
-                    cell("to", clock_text(span.to)) + cell("reason", html_text(span.text)) + "</tr>\n";
-        }
+    for (const report_span& span : run.troubles) {
+        rows += "<tr>" + cell("from", clock_text(span.from)) + cell("to", clock_text(span.to)) +
+                cell("reason", html_text(span.text)) + "</tr>\n";
     }
     if (rows.empty()) return "";
-    return "<h2>Trouble</h2>\n<table><thead><tr><th>zone</th><th>from</th><th>to</th><th>reason</th></tr></thead>"
-           "<tbody>\n" +
-           rows + "</tbody></table>\n";
+    return "<h2>Trouble</h2>\n<table><thead><tr><th>from</th><th>to</th><th>reason</th></tr></thead><tbody>\n" + rows +
+           "</tbody></table>\n";
 }
 
 std::string event_row(const report_data& run, const report_event& event) {

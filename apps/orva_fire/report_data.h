@@ -32,7 +32,6 @@ struct report_zone {
     picture_size analysis;  // and as the detector sees it
     int grade = 70;
     std::vector<report_sample> samples;
-    std::vector<report_span> troubles;
 };
 
 struct report_event {
@@ -74,10 +73,11 @@ struct report_data {
     int64_t thinned = 0;
     double step = 0;  // seconds of one timeline sample
     std::vector<report_zone> zones;
-    std::vector<report_event> events;  // in the order of their starts
-    int events_left_out = 0;           // that were too many to be listed
-    std::vector<report_miss> misses;   // the nearest first
-    std::vector<std::string> notes;    // warnings, and what went wrong
+    std::vector<report_event> events;   // in the order of their starts
+    int events_left_out = 0;            // that were too many to be listed
+    std::vector<report_span> troubles;  // of the camera, for every zone
+    std::vector<report_miss> misses;    // the nearest first
+    std::vector<std::string> notes;     // warnings, and what went wrong
     std::vector<std::pair<std::string, std::string>> settings;
 };
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "apps/orva_fire/fresh_channel.h"
 #include "backend/hisi_ive_func.h"
 #include "imgproc/common.h"
 #include "preprocess/pre_process.h"
@@ -42,15 +43,16 @@ private:
 
 // Nothing here has a physical address, so every operation runs in software; sizes are equal, so none fails.
 stage_pictures stage_maker::make(nv21_picture& picture) {
-    const picture_size size = picture.size();
+    const picture_size size = fresh_channel::looked_at(picture.size());
     planes before(size, 1), difference(size, 1), motion(size, 1), moving(size, 1), filtered(size, 1), colour(size, 1),
         mask(size, 1), rgb(size, 3);
     if (m_before.size() == before.bytes().size()) before.bytes() = m_before;
     pass(picture);
 
-    fd_yuv_frame seen = picture.view(), old_luma = before.view(), d = difference.view(), m = motion.view(),
-                 grown = moving.view(), f = filtered.view(), c = colour.view(), last = mask.view(),
-                 planes3 = rgb.view();
+    fd_yuv_frame seen = picture.view();
+    seen.height = static_cast<uint32_t>(size.height);
+    fd_yuv_frame old_luma = before.view(), d = difference.view(), m = motion.view(), grown = moving.view(),
+                 f = filtered.view(), c = colour.view(), last = mask.view(), planes3 = rgb.view();
     orva_fd::hisi_ive_func operations;
     orva_fd::pre_process filter;
     stage_pictures stages;
@@ -75,7 +77,8 @@ stage_pictures stage_maker::make(nv21_picture& picture) {
 }
 
 void stage_maker::pass(nv21_picture& picture) {
-    const auto width = static_cast<size_t>(picture.size().width), height = static_cast<size_t>(picture.size().height);
+    const picture_size size = fresh_channel::looked_at(picture.size());
+    const auto width = static_cast<size_t>(size.width), height = static_cast<size_t>(size.height);
     m_before.resize(width * height);
     for (size_t y = 0; y < height; ++y) {
         std::memcpy(m_before.data() + y * width, picture.luma() + y * static_cast<size_t>(picture.stride()), width);

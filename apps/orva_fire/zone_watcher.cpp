@@ -60,7 +60,8 @@ void zone_watcher::prepare(const age_plan::step& step) {
 }
 
 zone_answer zone_watcher::observe(const AVFrame& picture, double seconds, stopwatch& converting, stopwatch& detecting) {
-    prepare(m_plan.next(seconds));
+    const age_plan::step step = m_plan.next(seconds);
+    prepare(step);
     zone_answer answer;
     std::vector<std::vector<box>> lists;
     for (size_t i = 0; i < m_states.size(); ++i) {
@@ -70,6 +71,7 @@ zone_answer zone_watcher::observe(const AVFrame& picture, double seconds, stopwa
             const stopwatch::running timer(converting);
             seen = &state.converter.convert(picture);
         }
+        if (m_told) m_told(i, step, *seen);
         const stopwatch::running timer(detecting);
         const channel_answer found = state.older->analyse(*seen);
         if (state.younger) (void)state.younger->analyse(*seen);  // deliberate: it only gathers evidence

@@ -2,8 +2,10 @@
 #ifndef ORVA_APPS_ORVA_FIRE_ZONE_WATCHER_H
 #define ORVA_APPS_ORVA_FIRE_ZONE_WATCHER_H
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "apps/orva_fire/ffmpeg.h"
@@ -74,6 +76,11 @@ public:
     // Forgets all evidence, as after a reconnect. The next picture is the first one again.
     void restart() { m_plan.restart(); }
 
+    // Told of each tile's converted picture before it is analysed, with what was done to its channels before.
+    // An empty function: nobody.
+    using listener = std::function<void(size_t tile, const age_plan::step& step, nv21_picture& picture)>;
+    void set_listener(listener told) { m_told = std::move(told); }
+
     // What is looked at, one box for each tile, in source pixels.
     const std::vector<box>& tiles() const { return m_tiles; }
 
@@ -87,6 +94,7 @@ private:
     std::vector<box> m_tiles;
     std::vector<std::unique_ptr<tile_state>> m_states;
     age_plan m_plan;
+    listener m_told;
 };
 
 }  // namespace orva_fire

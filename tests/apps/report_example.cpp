@@ -25,7 +25,6 @@ report_zone zone(const std::string& name, const box& place, double phase) {
         const double wave = 0.5 + 0.5 * std::sin(i * 0.05 + phase);
         made.samples.push_back({0.02 * wave, wave > 0.5 ? wave : 0});
     }
-    made.troubles.push_back({40, 48, "dark: " + name});
     return made;
 }
 
@@ -76,6 +75,7 @@ report_data example_report(const std::string& name) {
     run.events[1].input_ended = true;
     run.events[2].test = true;
     run.events_left_out = 4;
+    run.troubles = {{40, 48, "dark: " + name}};
     run.misses = {
         miss(0, 18, "found again in 33 of 50 frames over 2.0 s, needs 35", "would have been reported at grade 80"),
         miss(1, 26, "too steady: its area changes by 9 %, needs 17 %", ""), miss(1, 28, name, name)};

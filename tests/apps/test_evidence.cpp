@@ -205,7 +205,7 @@ TEST(stages, follow_from_each_other) {
 TEST(explanation, is_json_with_the_numbers_of_the_boxes) {
     const picture_evidence& seen = the_run().seen[100];
     ASSERT_FALSE(seen.boxes.empty());
-    const explained_place place{"stove \"<script>\xff", 0, 0, {100, 50, 640, 480}, {1000, 600}};
+    const explained_place place{"stove \"<script>\xff", 0, 0, {100, 50, 640, 480}};
     const json all = json::parse(explanation_json(place, seen, 27));
     EXPECT_EQ(all["frame"], 100);
     EXPECT_EQ(all["seconds"], 4.0);
@@ -224,7 +224,7 @@ TEST(explanation, is_json_with_the_numbers_of_the_boxes) {
 
 TEST(explain_writer, writes_a_folder_a_picture_and_a_page_and_replaces_those_of_an_earlier_run) {
     const temporary_folder folder;
-    const explained_place place{"whole <b>", 0, 0, {0, 0, 320, 240}, {320, 240}};
+    const explained_place place{"whole <b>", 0, 0, {0, 0, 320, 240}};
     burning_room room;
     room.seen(0);
     for (int run = 0; run < 2; ++run) {

@@ -41,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
         content_row{{"what it is about"}, "<h1>Fire report: yard.mp4</h1>"},
         // Two real events are listed and four are not; the drill does not count.
         content_row{{"the verdict"}, "Fire was reported 6 times, first at 0:05.6."},
-        content_row{{"trouble in the summary"}, "For 16 s the camera could not see well enough"},
+        content_row{{"trouble in the summary"}, "For 8.0 s the camera could not see well enough"},
         content_row{{"a link to the start in the video"}, "<a href=\"annotated.mp4#t=5.64\">0:05.6</a>"},
         content_row{{"a link to the end in the video"}, "<a href=\"annotated.mp4#t=14.96\">0:15.0</a>"},
         content_row{{"an event that is still going on"}, "1:00.0</a> <small>(the pictures ended)</small>"},
@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         content_row{{"a miss with what would have helped"},
                     "found again in 33 of 50 frames over 2.0 s, needs 35; <b>would have been reported at grade 80</b>"},
         content_row{{"a miss without"}, "too steady: its area changes by 9 %, needs 17 %</td>"},
-        content_row{{"trouble with its reason"}, "dark: stove"},
+        content_row{{"trouble with its reason"}, "dark: yard.mp4"},
         // 640 / 352 is 1.818: 3 columns are 5.45 and 5 rows 9.09.
         content_row{{"the smallest fire in source pixels"}, "6 x 10 pixels"},
         content_row{{"the scale"}, "352 x 198, 1.8 times smaller"},
