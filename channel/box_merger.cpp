@@ -86,6 +86,7 @@ void box_merger::load(const std::vector<con_info>& list) {
     for (std::size_t b = 0; b < blocks; ++b) frame_block(b);
     m_wake.resize(blocks);
     m_slack.resize(k_block);
+    m_slack_block = k_none;
 }
 
 void box_merger::frame_block(std::size_t block) {
