@@ -9,6 +9,10 @@ namespace {
 
 void check(int status, const char* call) {
     if (status == FD_OK) return;
+    if (status == FD_NO_FREE_HANDLE) {
+        throw io_error("all " + std::to_string(FD_MAX_CHANNELS) +
+                       " channels of the library are in use; use fewer zones or tiles");
+    }
     throw io_error(std::string("the detector refused: ") + call + " returned " + std::to_string(status));
 }
 
