@@ -2,6 +2,7 @@
 #   component runtime      the shared library
 #   component development  header, static library, link name, CMake package, pkg-config file, manual page
 #   component tools        the programs
+#   component gstreamer    the plug-in for GStreamer
 include(CMakePackageConfigHelpers)
 
 add_library(orva_fd::orva_fd ALIAS orva_fd)

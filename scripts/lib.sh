@@ -13,6 +13,12 @@ program_packages=(
 # What the tests need besides.
 test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 binutils git doxygen systemd chromium)
 
+# What the GStreamer plug-in is built with, and the elements that its tests' pipelines use.
+gstreamer_packages=(
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev gstreamer1.0-tools
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ugly gstreamer1.0-libav
+)
+
 # What Debian packages are made and checked with.
 packaging_packages=(dpkg-dev file lintian mmdebstrap)
 
