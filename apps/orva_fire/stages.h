@@ -22,7 +22,8 @@ struct stage_pictures {
 
 class stage_maker {
 public:
-    // The stages of the part of this picture that is looked at; the one before it is what the last call of make or pass brought, black at first.
+    // The stages of the part of this picture that is looked at; the one before it is what the last call of make or pass
+    // brought, black at first.
     stage_pictures make(nv21_picture& picture);
 
     // Only remembers this picture.
