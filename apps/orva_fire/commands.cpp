@@ -3,7 +3,9 @@
 #include <string>
 
 #include "apps/orva_fire/detect.h"
+#include "apps/orva_fire/eval.h"
 #include "apps/orva_fire/options.h"
+#include "apps/orva_fire/tune.h"
 
 namespace orva_fire {
 namespace {
@@ -26,6 +28,8 @@ struct subcommand {
 
 const subcommand k_commands[] = {
     {"detect", detect_command, "look for fire in a source; the command may be left out"},
+    {"tune", tune_command, "show what each sensitivity would report in recordings"},
+    {"eval", eval_command, "measure how well fire is found in labelled recordings"},
 };
 
 }  // namespace

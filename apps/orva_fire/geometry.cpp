@@ -74,6 +74,10 @@ box largest_box(const std::vector<box>& boxes) {
     return largest;
 }
 
+bool share_a_pixel(const box& a, const box& b) {
+    return a.x < b.x + b.width && b.x < a.x + a.width && a.y < b.y + b.height && b.y < a.y + a.height;
+}
+
 picture_size analysis_size(picture_size source) {
     const double scale = std::min({1.0, static_cast<double>(FD_MAX_FRAME_WIDTH) / source.width,
                                    static_cast<double>(FD_MAX_FRAME_HEIGHT) / source.height});

@@ -40,6 +40,9 @@ inline long area(const box& b) {
 // The largest box of a list by area, the first of equals; an empty box for an empty list.
 box largest_box(const std::vector<box>& boxes);
 
+// True if the boxes overlap; edges that only touch share no pixel.
+bool share_a_pixel(const box& a, const box& b);
+
 // Size in which the detector sees a picture: at most 352 x 288, never larger than the picture but for rounding, its
 // aspect kept, even. The width becomes the next multiple of 16 where that changes the aspect by less than 3 %, since
 // the library then takes the picture as it stands.

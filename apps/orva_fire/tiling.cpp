@@ -15,6 +15,9 @@ const int k_smallest_tile = 16;
 const int k_good_width = 640;
 const int k_good_height = 360;
 
+// Even the largest pictures get no more than 36 tiles by themselves, so that two channels for each can be had.
+const int k_most_automatic = 6;
+
 // Share of a tile that its neighbour sees too: 1 / 8.
 const int k_overlap = 8;
 
@@ -27,7 +30,7 @@ int parse_count(const std::string& text) {
 
 int good_count(int length, int good) {
     const int count = static_cast<int>(std::lround(static_cast<double>(length) / good));
-    return std::clamp(count, 1, k_most_tiles);
+    return std::clamp(count, 1, k_most_automatic);
 }
 
 // One axis of a tile: first pixel and length.
@@ -52,10 +55,6 @@ std::vector<span> divide(int start, int length, int count, const char* axis) {
         spans.push_back({start + from, std::min(to, length) - from});
     }
     return spans;
-}
-
-bool share_a_pixel(const box& a, const box& b) {
-    return a.x < b.x + b.width && b.x < a.x + a.width && a.y < b.y + b.height && b.y < a.y + a.height;
 }
 
 box around(const box& a, const box& b) {

@@ -13,7 +13,7 @@ namespace orva_fire {
 struct tile_grid {
     int columns = 1;
     int rows = 1;
-    bool automatic = false;  // as many as make tiles of about 640 x 360; columns and rows are not read then
+    bool automatic = false;  // as many as make tiles of about 640 x 360, 6 x 6 at most; columns and rows are not read
 };
 
 inline bool operator==(const tile_grid& a, const tile_grid& b) {

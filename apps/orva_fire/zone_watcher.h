@@ -8,18 +8,14 @@
 #include <utility>
 #include <vector>
 
+#include "apps/orva_fire/aged_channel.h"
 #include "apps/orva_fire/ffmpeg.h"
-#include "apps/orva_fire/fresh_channel.h"
 #include "apps/orva_fire/geometry.h"
 #include "apps/orva_fire/nv21.h"
 #include "apps/orva_fire/stopwatch.h"
 #include "apps/orva_fire/tiling.h"
 
 namespace orva_fire {
-
-// A longer time than this between two pictures starts a zone afresh: what moved in between was not seen, and a fire
-// that still burns is confirmed again by the next 50 pictures.
-const double k_longest_gap = 5;
 
 struct watch_settings {
     std::optional<int> grade;  // 0 to 100; none: the library's own
@@ -31,34 +27,6 @@ struct watch_settings {
 struct zone_answer {
     std::vector<box> boxes;  // in source pixels, joined where tiles overlap
     bool fresh = false;      // at least one tile's boxes are new, not held from earlier pictures
-};
-
-// When two channels that see the same pictures are started and which of them answers, so that no answer rests on
-// evidence older than max_age. A channel lives for max_age. Half of that after its start a second one is started beside
-// it, which takes over when the first one's time is up. So the one that answers is between a half and a whole max_age
-// old, but for the beginning. Evidence that gathers within half of max_age is therefore always reported, slower one
-// with luck, and what took longer than max_age never.
-class age_plan {
-public:
-    // What has to be done before a picture is passed, in this order.
-    struct step {
-        bool restart = false;        // drop both channels, start the answering one
-        bool hand_over = false;      // drop the answering one; the other takes its place
-        bool start_younger = false;  // start the second channel
-    };
-
-    explicit age_plan(double max_age) : m_max_age(max_age) {}
-
-    // seconds: of the picture that comes next; not smaller than the last.
-    step next(double seconds);
-
-    // The next picture starts afresh.
-    void restart() { m_older.reset(); }
-
-private:
-    const double m_max_age;
-    std::optional<double> m_older, m_younger;  // when the channels were started
-    double m_last = 0;
 };
 
 class zone_watcher {
@@ -87,10 +55,6 @@ public:
 private:
     struct tile_state;
 
-    void prepare(const age_plan::step& step);
-    std::unique_ptr<fresh_channel> open_channel(picture_size seen) const;
-
-    const watch_settings m_settings;
     std::vector<box> m_tiles;
     std::vector<std::unique_ptr<tile_state>> m_states;
     age_plan m_plan;

@@ -245,8 +245,8 @@ int count_channels(const std::vector<zone_spec>& zones, picture_size picture, ti
     if (count > FD_MAX_CHANNELS) {
         throw usage_error("the zones need " + std::to_string(count) + " channels of the library, which has " +
                           std::to_string(FD_MAX_CHANNELS) + ": one for each tile of each rectangle" +
-                          (ageing ? ", twice that with --max-age. " : ". ") + "Use fewer zones, larger tiles" +
-                          (ageing ? ", or --max-age 0" : ""));
+                          (ageing ? ", twice that with --max-age. " : ". ") +
+                          "Use fewer zones, larger tiles (--tiles 1x1)" + (ageing ? ", or --max-age 0" : ""));
     }
     return static_cast<int>(count);
 }

@@ -24,7 +24,10 @@ std::set<std::string> options_in(const std::string& text, const std::string& pat
 
 TEST(manual_page, names_every_option_of_the_help_and_no_other) {
     const std::string page = read_file(ORVA_MANUAL);
-    const std::string help = run_program({ORVA_FIRE_PROGRAM, "detect", "--help"}).output;
+    std::string help;
+    for (const char* command : {"detect", "tune", "eval"}) {
+        help += run_program({ORVA_FIRE_PROGRAM, command, "--help"}).output;
+    }
     const auto in_page = options_in(page, "(?:^|\n)(?:\\*-.\\*, )?\\*(--[a-z-]+)\\*");
     const auto in_help = options_in(help, "\n  (?:-.,)?(--[a-z-]+)");
     EXPECT_GE(in_help.size(), 10u) << help;

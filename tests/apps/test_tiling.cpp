@@ -114,6 +114,7 @@ TEST(automatic_tiles, are_nine_in_full_hd_and_36_in_4k) {
     EXPECT_EQ(tile({0, 0, 1920, 1080}, automatic()).size(), 9u);
     EXPECT_EQ(tile({0, 0, 2560, 1440}, automatic()).size(), 16u);
     EXPECT_EQ(tile({0, 0, 3840, 2160}, automatic()).size(), 36u);
+    EXPECT_EQ(tile({0, 0, 7680, 4320}, automatic()).size(), 36u) << "no more than 6 x 6";
 }
 
 TEST(tiles, of_less_than_16_pixels_are_refused) {
