@@ -8,7 +8,6 @@
 
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/scaler.h"
-#include "apps/orva_fire/video_source.h"
 
 namespace orva_fire {
 namespace {
@@ -55,19 +54,12 @@ std::string png_bytes(const AVFrame& picture) {
     return coded(picture, AV_CODEC_ID_PNG, "PNG");
 }
 
-std::string thumbnail(const std::string& path, int most_columns) {
-    try {
-        video_source source(path);
-        source_picture picture;
-        if (!source.next(picture)) return "";
-        picture_size size{picture.frame->width, picture.frame->height};
-        if (size.width > most_columns) {
-            size = {most_columns, std::max(1, static_cast<int>(1L * size.height * most_columns / size.width))};
-        }
-        return jpeg_bytes(*picture.frame, size);
-    } catch (const io_error&) {
-        return "";
+std::string thumbnail(const AVFrame& picture, int most_columns) {
+    picture_size size{picture.width, picture.height};
+    if (size.width > most_columns) {
+        size = {most_columns, std::max(1, static_cast<int>(1L * size.height * most_columns / size.width))};
     }
+    return jpeg_bytes(picture, size);
 }
 
 void save_bytes(const std::string& path, const std::string& bytes) {

@@ -15,8 +15,8 @@ std::string jpeg_bytes(const AVFrame& picture, picture_size size);
 // A PNG file; the picture is GRAY8 or RGB24. Throws io_error.
 std::string png_bytes(const AVFrame& picture);
 
-// A picture file again as JPEG, at most so wide, its aspect kept; empty if it cannot be read.
-std::string thumbnail(const std::string& path, int most_columns);
+// The same at most so wide, its aspect kept.
+std::string thumbnail(const AVFrame& picture, int most_columns);
 
 // Writes a file, all of it or nothing. Throws io_error that names it.
 void save_bytes(const std::string& path, const std::string& bytes);

@@ -33,8 +33,7 @@ report_event* report_builder::listed(int id) {
     return found == m_events.rend() ? nullptr : &*found;
 }
 
-void report_builder::add(const fire_event& event, const std::string& snapshot, const std::string& video,
-                         double video_start) {
+void report_builder::add(const fire_event& event, const AVFrame& picture_of_it, const video_place& video) {
     if (event.kind == event_kind::start) {
         ++m_open[event.zone];
         if (m_events.size() == k_most_events) {
@@ -45,8 +44,8 @@ void report_builder::add(const fire_event& event, const std::string& snapshot, c
         made.id = event.id;
         made.zone = event.zone;
         made.from = event.at.seconds;
-        made.video = video;
-        made.video_start = video_start;
+        made.video = video.name;
+        made.video_start = video.start;
         m_events.push_back(made);
     }
     if (event.kind == event_kind::end) --m_open[event.zone];
@@ -56,10 +55,16 @@ void report_builder::add(const fire_event& event, const std::string& snapshot, c
     shown->largest = event.largest;
     shown->largest_at = event.largest_at.seconds;
     shown->input_ended = event.kind == event_kind::end && event.input_ended;
-    const bool pictured = static_cast<size_t>(shown - m_events.data()) < k_most_pictured && !snapshot.empty();
-    if (!pictured) return;
-    std::string& place = event.kind == event_kind::end ? shown->largest_picture : shown->start_picture;
-    place = thumbnail(snapshot, k_picture_columns);
+    if (static_cast<size_t>(shown - m_events.data()) < k_most_pictured) picture(*shown, event, picture_of_it);
+}
+
+void report_builder::picture(report_event& shown, const fire_event& event, const AVFrame& picture) {
+    if (event.kind == event_kind::start) shown.start_picture = thumbnail(picture, k_picture_columns);
+    if (event.grew) m_largest[event.id] = share_picture(picture);
+    const auto largest = m_largest.find(event.id);
+    if (event.kind != event_kind::end || largest == m_largest.end()) return;
+    shown.largest_picture = thumbnail(*largest->second, k_picture_columns);
+    m_largest.erase(largest);
 }
 
 void report_builder::start_trouble(const std::string& text, double seconds) {

@@ -2,6 +2,7 @@
 #ifndef ORVA_APPS_ORVA_FIRE_REPORT_BUILDER_H
 #define ORVA_APPS_ORVA_FIRE_REPORT_BUILDER_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,12 @@
 
 namespace orva_fire {
 
+// The annotated video that shows a moment.
+struct video_place {
+    std::string name;  // of the file, beside the report; empty if there is none
+    double start = 0;  // second of the source at which it begins
+};
+
 class report_builder {
 public:
     // zones: with their names, places, scales and grades.
@@ -21,9 +28,9 @@ public:
     // What one channel of a zone saw. area: the part of the source that it looks at.
     void observe(size_t zone, const picture_evidence& seen, const box& area, nv21_picture& picture);
 
-    // An event as it starts, changes and ends. snapshot: path of the picture file that was written for it, or empty.
-    // video: name of the annotated video that shows it, beside the report, or empty; video_start: where that begins.
-    void add(const fire_event& event, const std::string& snapshot, const std::string& video, double video_start);
+    // An event as it starts, changes and ends. picture: with its boxes, of the same moment; it is kept while the event
+    // is open if its box is the largest so far, so nobody may change it.
+    void add(const fire_event& event, const AVFrame& picture, const video_place& video);
 
     // Trouble that starts or ends, of the camera.
     void start_trouble(const std::string& text, double seconds);
@@ -34,6 +41,7 @@ public:
 
 private:
     report_event* listed(int id);
+    void picture(report_event& shown, const fire_event& event, const AVFrame& picture);
     bool raised(size_t zone) const { return m_open[zone] > 0; }
 
     std::vector<report_zone> m_zones;
@@ -41,6 +49,7 @@ private:
     timeline m_timeline;
     miss_finder m_misses;
     std::vector<report_event> m_events;
+    std::map<int, frame_ptr> m_largest;  // of open events, by id
     int m_left_out = 0;
     std::vector<report_span> m_troubles;
     bool m_in_trouble = false;

@@ -68,9 +68,8 @@ void run_observer::look(size_t zone, const zone_evidence::view& view) {
     m_explain->write(place, view.picture, view.seen, view.stages.make(view.picture));
 }
 
-void run_observer::add(const fire_event& event, const std::string& snapshot, const std::string& video,
-                       double video_start) {
-    m_builder.add(event, snapshot, video, video_start);
+void run_observer::add(const fire_event& event, const AVFrame& picture, const video_place& video) {
+    m_builder.add(event, picture, video);
 }
 
 void run_observer::finish(report_data about) {

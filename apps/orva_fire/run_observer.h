@@ -37,7 +37,7 @@ public:
     void set_moment(const moment& at);
 
     // An event, in the order of time: see report_builder::add.
-    void add(const fire_event& event, const std::string& snapshot, const std::string& video, double video_start);
+    void add(const fire_event& event, const AVFrame& picture, const video_place& video);
 
     void start_trouble(const std::string& text, double seconds) { m_builder.start_trouble(text, seconds); }
     void end_trouble(double seconds) { m_builder.end_trouble(seconds); }

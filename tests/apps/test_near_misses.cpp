@@ -1,6 +1,8 @@
 // What is kept for a report while the pictures go by: near misses, courses over time, small pictures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "apps/orva_fire/near_misses.h"
 #include "apps/orva_fire/picture_file.h"
 #include "apps/orva_fire/timeline.h"
@@ -138,19 +140,17 @@ TEST(a_timeline, doubles_its_steps_when_they_run_out) {
     EXPECT_EQ(course.samples(0).back().nearness, 1);
 }
 
-TEST(a_thumbnail, keeps_the_aspect_and_is_empty_for_what_is_no_picture) {
+TEST(a_thumbnail, keeps_the_aspect_and_grows_nothing) {
     const temporary_folder folder;
     const frame_ptr picture = new_picture(AV_PIX_FMT_GRAY8, 640, 480);
-    save_bytes(folder.file("a.png"), png_bytes(*picture));
-    save_bytes(folder.file("b.jpg"), thumbnail(folder.file("a.png"), 160));
-    video_source source(folder.file("b.jpg"));
-    source_picture read;
-    ASSERT_TRUE(source.next(read));
-    EXPECT_EQ(read.frame->width, 160);
-    EXPECT_EQ(read.frame->height, 120);
-    write_file(folder.file("c.jpg"), "no picture");
-    EXPECT_EQ(thumbnail(folder.file("c.jpg"), 160), "");
-    EXPECT_EQ(thumbnail(folder.file("missing.jpg"), 160), "");
+    for (const int most : {160, 1000}) {
+        save_bytes(folder.file("a.jpg"), thumbnail(*picture, most));
+        video_source source(folder.file("a.jpg"));
+        source_picture read;
+        ASSERT_TRUE(source.next(read));
+        EXPECT_EQ(read.frame->width, std::min(most, 640));
+        EXPECT_EQ(read.frame->height, read.frame->width * 3 / 4);
+    }
 }
 
 }  // namespace

@@ -113,10 +113,12 @@ TEST(a_run, that_is_observed_writes_its_report_and_what_is_explained) {
     event.boxes = {{10, 20, 30, 40}};
     event.largest = event.boxes[0];
     event.at = {5, 0.2};
-    observer.add(event, "", "annotated.mp4", 0);
+    event.grew = true;
+    observer.add(event, *frame, {"annotated.mp4", 0});
     event.kind = event_kind::end;
+    event.grew = false;
     event.at = {10, 0.4};
-    observer.add(event, "", "annotated.mp4", 0);
+    observer.add(event, *frame, {"annotated.mp4", 0});
     observer.start_trouble("dark", 0.5);
     report_data about;
     about.seconds = 0.8;
@@ -124,8 +126,9 @@ TEST(a_run, that_is_observed_writes_its_report_and_what_is_explained) {
     observer.finish(about);
 
     const std::string page = read_file(folder.file("report.html"));
-    for (const char* part : {"yard &amp; co.mp4", "stove", "annotated.mp4#t=0.20", "dark: 0:00.5 to 0:00.8",
-                             "evidence still gathering", "<td data-l=\"grade\">85</td>"}) {
+    for (const char* part :
+         {"yard &amp; co.mp4", "stove", "annotated.mp4#t=0.20", "dark: 0:00.5 to 0:00.8", "evidence still gathering",
+          "<td data-l=\"grade\">85</td>", "event 1, start at 0:00.2", "event 1, largest at 0:00.0"}) {
         EXPECT_NE(page.find(part), std::string::npos) << part;
     }
     int explained = 0;
@@ -137,12 +140,13 @@ TEST(a_run, that_is_observed_writes_its_report_and_what_is_explained) {
 
 TEST(a_report, of_an_endless_stream_stays_small) {
     report_builder builder({report_zone()});
+    const frame_ptr picture = canvas({64, 48});
     fire_event event;
     for (event.id = 1; event.id <= 1000; ++event.id) {
         for (const event_kind kind : {event_kind::start, event_kind::end}) {
             event.kind = kind;
             event.at.seconds += 1;
-            builder.add(event, "", "", 0);
+            builder.add(event, *picture, {});
         }
         builder.start_trouble("dark", event.at.seconds);
     }
