@@ -8,6 +8,12 @@ inline unsigned char distance(unsigned char a, unsigned char b) {
     return static_cast<unsigned char>(a > b ? a - b : b - a);
 }
 
+// In the form in which sums of it become one instruction.
+inline uint32_t distance_sum(unsigned char a, unsigned char b) {
+    const int difference = a - b;
+    return static_cast<uint32_t>(difference < 0 ? -difference : difference);
+}
+
 }  // namespace
 
 ORVA_ROW_FUNCTION
@@ -31,10 +37,7 @@ ORVA_ROW_FUNCTION
 row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, int width) {
     uint32_t sum = 0;
     unsigned char largest = 0;
-    for (int x = 0; x < width; ++x) {
-        const int signed_difference = a[x] - b[x];
-        sum += static_cast<uint32_t>(signed_difference < 0 ? -signed_difference : signed_difference);
-    }
+    for (int x = 0; x < width; ++x) sum += distance_sum(a[x], b[x]);
     for (int x = 0; x < width; ++x) {
         const unsigned char d = distance(a[x], b[x]);
         largest = d > largest ? d : largest;
@@ -43,40 +46,57 @@ row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, in
     return motion;
 }
 
-// Compilers know the processor's instruction for a sum of absolute differences, but only between two rows of bytes.
 ORVA_ROW_FUNCTION
-uint32_t sum_distance_row(const unsigned char* src, int width, int value) {
-    unsigned char other[k_widest_row];
-    const int filled = width < k_widest_row ? width : k_widest_row;
-    for (int i = 0; i < filled; ++i) other[i] = static_cast<unsigned char>(value);
-    uint32_t sum = 0;
-    for (int first = 0; first < width; first += k_widest_row) {
-        const int length = width - first < k_widest_row ? width - first : k_widest_row;
-        for (int i = 0; i < length; ++i) {
-            const int difference = src[first + i] - other[i];
-            sum += static_cast<uint32_t>(difference < 0 ? -difference : difference);
-        }
-    }
-    return sum;
-}
-
-void add_distance_sums_counted(const unsigned char* src, int width, int first, int count, uint32_t* sums) {
-    uint32_t histogram[256] = {};
-    for (int x = 0; x < width; ++x) ++histogram[src[x]];
-    for (int i = 0; i < count; ++i) {
-        for (int byte = 0; byte < 256; ++byte) {
-            const int distance = byte < first + i ? first + i - byte : byte - first - i;
-            sums[i] += histogram[byte] * static_cast<uint32_t>(distance);
-        }
+void excess_row(const unsigned char* a, const unsigned char* b, unsigned char* dst, int width, int limit) {
+    const unsigned char byte = static_cast<unsigned char>(limit);
+    for (int x = 0; x < width; ++x) {
+        const unsigned char d = distance(a[x], b[x]);
+        dst[x] = static_cast<unsigned char>(d > byte ? d - byte : 0);
     }
 }
 
-void add_distance_sums(const unsigned char* src, int width, int first, int count, uint32_t* sums) {
+// Compilers know the processor's instruction for a sum of absolute differences, but only between two rows of bytes: so
+// sums of bytes are taken against a row of zeros.
+ORVA_ROW_FUNCTION
+void add_capped_sums(const unsigned char* stack, capped_sums* sums) {
 #if defined(__SSE2__) || defined(__ARM_NEON)
-    for (int i = 0; i < count; ++i) sums[i] += sum_distance_row(src, width, first + i);
+    unsigned char zeros[k_widest_row];
+    unsigned char column[k_widest_row];
+    for (int x = 0; x < k_widest_row; ++x) zeros[x] = 0;
+    for (int i = 0; i < k_caps; ++i) {
+        const unsigned char cap = static_cast<unsigned char>(i + 1);
+        for (int x = 0; x < k_widest_row; ++x) {
+            unsigned char sum = 0;
+            for (int row = 0; row < k_stack_rows; ++row) {
+                const unsigned char byte = stack[row * k_widest_row + x];
+                sum = static_cast<unsigned char>(sum + (byte < cap ? byte : cap));
+            }
+            column[x] = sum;
+        }
+        uint32_t held = 0;
+        for (int x = 0; x < k_widest_row; ++x) held += distance_sum(column[x], zeros[x]);
+        sums->held[i] += held;
+    }
+    uint32_t all = 0;
+    for (int first = 0; first < k_stack_rows * k_widest_row; first += k_widest_row) {
+        for (int x = 0; x < k_widest_row; ++x) all += distance_sum(stack[first + x], zeros[x]);
+    }
+    sums->all += all;
 #else
-    add_distance_sums_counted(src, width, first, count, sums);
+    add_capped_sums_counted(stack, sums);
 #endif
+}
+
+// Of a byte, one is held for each cap that it reaches, and for each lower one.
+void add_capped_sums_counted(const unsigned char* stack, capped_sums* sums) {
+    uint32_t histogram[256] = {};
+    for (int i = 0; i < k_stack_rows * k_widest_row; ++i) ++histogram[stack[i]];
+    uint32_t reached = 0;
+    for (uint32_t byte = 255; byte > 0; --byte) {
+        reached += histogram[byte];
+        sums->all += reached;
+        for (uint32_t i = byte - 1; i < static_cast<uint32_t>(k_caps); ++i) sums->held[i] += reached;
+    }
 }
 
 ORVA_ROW_FUNCTION

@@ -36,31 +36,20 @@ struct row_motion {
 };
 row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, int width);
 
-// Adds to sums[i] what sum_distance_row gives for value first + i, for i from 0 to count - 1. Processors without vector
-// instructions count the bytes instead: one pass for all values. values: up to 256 in all.
-void add_distance_sums(const unsigned char* src, int width, int first, int count, uint32_t* sums);
-void add_distance_sums_counted(const unsigned char* src, int width, int first, int count, uint32_t* sums);
+// dst = what |a - b| exceeds limit by, 0 where it does not. limit: 0 to 255.
+void excess_row(const unsigned char* a, const unsigned char* b, unsigned char* dst, int width, int limit);
 
-// Sum of |src - value|; value 0 gives the sum of the bytes. From sums for neighbouring values follow, without a
-// histogram, how many bytes lie above a limit and what they sum up to; see bytes_above.
-uint32_t sum_distance_row(const unsigned char* src, int width, int value);
-
-struct byte_tail {
-    uint32_t count;
-    uint32_t sum;
+// A stack is k_stack_rows times k_widest_row bytes. Adds to sums[i] the sum of all its bytes, each held to at most i +
+// 1; to the last entry the sum of the bytes as they are. Processors without vector instructions count the bytes
+// instead: one pass for all sums.
+const int k_stack_rows = 15;  // a column of bytes held to 16 sums up to a byte
+const int k_caps = 16;
+struct capped_sums {
+    uint32_t held[k_caps];
+    uint32_t all;
 };
-
-// The bytes above limit among `count` bytes, whose distances from 0, limit and limit + 1 have the given sums. A byte
-// above the limit is one nearer to limit + 1 than to limit, any other one farther away, so the two sums differ by twice
-// the bytes above less all of them. And what the bytes above exceed the limit by is half of all signed and absolute
-// distances together.
-inline byte_tail bytes_above(uint32_t limit, uint32_t count, uint32_t from_zero, uint32_t from_limit,
-                             uint32_t from_next) {
-    const uint32_t above = (from_limit - from_next + count) / 2;
-    const uint32_t excess = (from_limit + from_zero - limit * count) / 2;
-    const byte_tail tail = {above, excess + limit * above};
-    return tail;
-}
+void add_capped_sums(const unsigned char* stack, capped_sums* sums);
+void add_capped_sums_counted(const unsigned char* stack, capped_sums* sums);
 
 // Sum of the bytes. Made for short rows.
 uint32_t sum_row(const unsigned char* src, int width);

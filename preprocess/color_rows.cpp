@@ -116,7 +116,8 @@ bool flame_tint_row(const unsigned char* red, const unsigned char* green, const 
 
 // The test round(2^20 * 3b / s) <= table[r] with s = r + g + b holds exactly when 4500 * b <= s * (11 * r - 1305): that
 // is 3b / s <= 1 - 1.1 * (255 - r) / 150 times 1500 * s, and over all r, g, b that meet the other tests no quotient
-// lies so close to its bound that the rounding decides (a test walks all of them).
+// lies so close to its bound that the rounding decides (a test walks all of them). The products are compared by halves
+// of 16 bits, of which a register holds twice as many as of whole ones.
 ORVA_ROW_FUNCTION
 void flame_saturation_row(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
                           unsigned char* pass, int width) {
@@ -125,8 +126,14 @@ void flame_saturation_row(const unsigned char* red, const unsigned char* green, 
         const uint16_t scale = static_cast<uint16_t>(11 * red[x] - 1305);  // not negative where red is above 150
         const uint16_t b = blue[x];
         const uint16_t factor = 4500;
-        const bool pure = static_cast<uint32_t>(factor) * b <= static_cast<uint32_t>(sum) * scale;
-        pass[x] = static_cast<unsigned char>(pass[x] & (sum > 350) & pure);
+        const uint16_t allowed_low = static_cast<uint16_t>(sum * scale);
+        const short allowed_high = static_cast<short>(static_cast<uint32_t>(sum) * scale >> 16);
+        const uint16_t blue_low = static_cast<uint16_t>(b * factor);
+        const short blue_high = static_cast<short>(static_cast<uint32_t>(b) * factor >> 16);
+        const short low_decides = allowed_low >= blue_low ? 1 : 0;  // where the high halves are equal
+        const short room = static_cast<short>(allowed_high - blue_high + low_decides);
+        const short room_if_bright = sum > 350 ? room : short(0);
+        pass[x] = static_cast<unsigned char>(pass[x] & (room_if_bright > 0 ? 255 : 0));
     }
 }
 

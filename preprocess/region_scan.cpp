@@ -23,7 +23,6 @@ void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first,
     }
 }
 const uint64_t k_any_bit = 0xffffffffffffffffu;
-const uint64_t k_sixteen_or_more = 0xf0f0f0f0f0f0f0f0u;  // in any of eight bytes
 
 // Runs the saturation test where it can decide: on stretches of columns in which some pixel met the other tests.
 void test_saturation(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
@@ -79,19 +78,13 @@ void region_scan::run(const fd_yuv_frame* frame, fd_yuv_frame* mask, fd_yuv_fram
     m_labeller.finish(components);
 }
 
-void region_scan::add_distances(const unsigned char* differences, int count, distance_sums* tail) {
-    const int limits = k_otsu_max - k_otsu_min + 2;
-    tail->count += static_cast<uint32_t>(count);
-    tail->from_zero += sum_row(differences, count);
-    add_distance_sums(differences, count, k_otsu_min, limits, tail->from_limit);
-}
-
-// Otsu's threshold of the differences. Those up to the lowest threshold add to the sum of all alone, so the rest is
-// gathered from the rows that have any, and summed a band at a time.
+// Otsu's threshold of the differences. Those up to the lowest threshold add to the sum of all alone; what the others
+// exceed it by is gathered from the rows that have any, and summed a stack at a time.
 int region_scan::find_threshold() {
-    unsigned char band[8 * k_widest_row];
+    static_assert(k_otsu_max - k_otsu_min + 1 == k_caps, "a cap for each threshold");
+    unsigned char stack[k_stack_rows * k_widest_row];
     int filled = 0;
-    distance_sums tail = {};
+    capped_sums excess = {};
     uint32_t sum = 0;
     for (int y = 0; y < m_height; ++y) {
         const unsigned char* luma = plane_row(m_frame, 0, y);
@@ -100,32 +93,37 @@ int region_scan::find_threshold() {
         m_largest[y] = row.largest;
         sum += row.sum;
         if (row.largest <= k_otsu_min) continue;
-        if (filled + m_width > static_cast<int>(sizeof(band))) {
-            add_distances(band, filled, &tail);
+        if (filled + m_width > static_cast<int>(sizeof(stack))) {
+            std::memset(stack + filled, 0, sizeof(stack) - static_cast<std::size_t>(filled));
+            add_capped_sums(stack, &excess);
             filled = 0;
         }
-        unsigned char* differences = band + filled;
-        abs_diff_row(luma, before, differences, m_width);
+        unsigned char* exceeding = stack + filled;
+        excess_row(luma, before, exceeding, m_width, k_otsu_min);
         int first = 0;
         int last = 0;
-        find_span(differences, m_width, k_sixteen_or_more, &first, &last);
-        std::memmove(differences, differences + first, static_cast<std::size_t>(last - first));
+        find_span(exceeding, m_width, k_any_bit, &first, &last);
+        std::memmove(exceeding, exceeding + first, static_cast<std::size_t>(last - first));
         filled += last - first;
     }
-    add_distances(band, filled, &tail);
-    return search_threshold(sum, tail);
+    std::memset(stack + filled, 0, sizeof(stack) - static_cast<std::size_t>(filled));
+    if (filled > 0) add_capped_sums(stack, &excess);
+    return search_threshold(sum, excess);
 }
 
-// The entries of the histogram's sums that the search reads.
-int region_scan::search_threshold(uint32_t sum, const distance_sums& tail) const {
+// The entries of the histogram's sums that the search reads, from the sums of all differences held to each threshold t:
+// those above t add one more to the sum held to t + 1, and t each to the sum held to t.
+int region_scan::search_threshold(uint32_t sum, const capped_sums& excess) const {
     histogram_sums sums;
     sums.all_count = static_cast<uint32_t>(m_width * m_height);
     sums.all_moment = sum;
+    uint32_t held = sum - excess.all;  // to k_otsu_min
     for (int t = k_otsu_min; t <= k_otsu_max; ++t) {
-        const uint32_t* from = tail.from_limit + (t - k_otsu_min);
-        const byte_tail above = bytes_above(static_cast<uint32_t>(t), tail.count, tail.from_zero, from[0], from[1]);
-        sums.count[t] = sums.all_count - above.count;
-        sums.moment[t] = sum - above.sum;
+        const uint32_t held_to_next = sum - excess.all + excess.held[t - k_otsu_min];
+        const uint32_t above = held_to_next - held;
+        sums.count[t] = sums.all_count - above;
+        sums.moment[t] = held - static_cast<uint32_t>(t) * above;
+        held = held_to_next;
     }
     return search_otsu(sums, k_otsu_min, k_otsu_max);
 }

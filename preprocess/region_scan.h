@@ -40,16 +40,8 @@ private:
         bool any() const { return first < last; }
     };
 
-    // Of all differences above the lowest threshold, and some below it.
-    struct distance_sums {
-        uint32_t count;
-        uint32_t from_zero;
-        uint32_t from_limit[k_otsu_max - k_otsu_min + 2];
-    };
-
     int find_threshold();
-    int search_threshold(uint32_t sum, const distance_sums& tail) const;
-    static void add_distances(const unsigned char* differences, int count, distance_sums* tail);
+    int search_threshold(uint32_t sum, const capped_sums& excess) const;
     void convert_pair(int y);
     void detect_motion(int y);
     void dilate_motion(int y);

@@ -100,41 +100,52 @@ TEST_F(rows, measure_motion_row_gives_sum_and_largest) {
     }
 }
 
-TEST_F(rows, sums_are_right_up_to_their_largest_values) {
+TEST_F(rows, sum_row_is_right_up_to_its_largest_values) {
     for (const int width : wide_widths()) {
         const bytes some = noise(m_random, width), full(some.size(), 255);
         for (const bytes* row : {&some, &full}) {
             uint32_t sum = 0;
             for (const unsigned char byte : *row) sum += byte;
             EXPECT_EQ(sum_row(row->data(), width), sum) << width;
-            for (const int value : {0, 1, 20, 36, 128, 255}) {
-                uint32_t away = 0;
-                for (const unsigned char byte : *row) away += static_cast<uint32_t>(std::abs(byte - value));
-                EXPECT_EQ(sum_distance_row(row->data(), width, value), away) << width << " from " << value;
-            }
         }
     }
 }
 
-TEST_F(rows, bytes_above_finds_count_and_sum_from_three_sums) {
-    for (int round = 0; round < 300; ++round) {
-        bytes row = noise(m_random, m_random.below(300));
-        if (round % 2 == 0) {
-            for (unsigned char& byte : row) byte = static_cast<unsigned char>(byte % 48);
+TEST_F(rows, excess_row_follows_its_rule_in_place_too) {
+    for (const int width : all_widths()) {
+        const bytes a = noise(m_random, width), b = noise(m_random, width);
+        const int limit = m_random.below(256);
+        bytes wanted(a.size()), out(a.size(), 77), first = a;
+        for (std::size_t x = 0; x < a.size(); ++x)
+            wanted[x] = static_cast<unsigned char>(std::max(0, distance(a[x], b[x]) - limit));
+        excess_row(a.data(), b.data(), out.data(), width, limit);
+        EXPECT_EQ(out, wanted) << width << ", above " << limit << ", seed " << m_random.seed();
+        excess_row(first.data(), b.data(), first.data(), width, limit);
+        EXPECT_EQ(first, wanted) << width << ", above " << limit << ", seed " << m_random.seed();
+    }
+}
+
+// Full stacks of 255 and of 16 too, in which a column's sum is the largest that a byte holds.
+TEST_F(rows, add_capped_sums_adds_what_each_cap_holds) {
+    for (int round = 0; round < 40; ++round) {
+        bytes stack = noise(m_random, k_stack_rows * k_widest_row);
+        if (round % 4 == 1)
+            for (unsigned char& byte : stack) byte = static_cast<unsigned char>(byte % 20);
+        if (round == 2) std::fill(stack.begin(), stack.end(), static_cast<unsigned char>(255));
+        if (round == 3) std::fill(stack.begin(), stack.end(), static_cast<unsigned char>(k_caps));
+        capped_sums wanted = {}, got = {}, counted = {};
+        wanted.all = got.all = counted.all = 5;
+        for (int i = 0; i < k_caps; ++i) wanted.held[i] = got.held[i] = counted.held[i] = static_cast<uint32_t>(i);
+        for (const unsigned char byte : stack) {
+            wanted.all += byte;
+            for (int i = 0; i < k_caps; ++i) wanted.held[i] += static_cast<uint32_t>(std::min<int>(byte, i + 1));
         }
-        const int width = static_cast<int>(row.size());
-        for (int limit = 0; limit < 255; ++limit) {
-            uint32_t count = 0, sum = 0;
-            for (const unsigned char byte : row) {
-                if (byte <= limit) continue;
-                ++count;
-                sum += byte;
-            }
-            const byte_tail got =
-                bytes_above(static_cast<uint32_t>(limit), static_cast<uint32_t>(width), sum_row(row.data(), width),
-                            sum_distance_row(row.data(), width, limit), sum_distance_row(row.data(), width, limit + 1));
-            ASSERT_EQ(got.count, count) << "above " << limit << ", seed " << m_random.seed();
-            ASSERT_EQ(got.sum, sum) << "above " << limit << ", seed " << m_random.seed();
+        add_capped_sums(stack.data(), &got);
+        add_capped_sums_counted(stack.data(), &counted);
+        for (const capped_sums* sums : {&got, &counted}) {
+            ASSERT_EQ(sums->all, wanted.all) << "round " << round << ", seed " << m_random.seed();
+            for (int i = 0; i < k_caps; ++i)
+                ASSERT_EQ(sums->held[i], wanted.held[i]) << "cap " << i + 1 << ", seed " << m_random.seed();
         }
     }
 }
