@@ -22,7 +22,7 @@ int bwlabel_ccl::do_comm_ccl(fd_yuv_frame* img, std::vector<con_info>& out) {
     run_labeller labeller;
     labeller.begin();
     const int height = static_cast<int>(img->height);
-    for (int y = 0; y < height; ++y) labeller.add_row(plane_row(img, 0, y), static_cast<int>(img->width), y);
+    for (int y = 0; y < height; ++y) labeller.add_row(plane_row(img, 0, y), 0, static_cast<int>(img->width), y);
     labeller.finish(out);
     return FD_OK;
 }

@@ -1,43 +1,17 @@
 #include "imgproc/run_labeller.h"
 
 #include <algorithm>
-#include <cstring>
+#include <climits>
+
+#include "imgproc/bits.h"
 
 namespace orva_fd {
 
 namespace {
 
 const int k_no_row = -2;  // so that row 0 has no row above
-
-// Eight bytes, the first in the lowest bits on every machine.
-inline uint64_t load_bytes(const unsigned char* bytes) {
-    uint64_t word;
-    std::memcpy(&word, bytes, sizeof(word));
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    word = __builtin_bswap64(word);
-#endif
-    return word;
-}
-
-// One bit for each of eight bytes, set where the byte is not zero. The addition carries into a byte's top bit if any of
-// its lower seven is set; the product gathers the eight bits in the top byte.
-inline uint64_t non_zero_bits(uint64_t word) {
-    const uint64_t low_bits = 0x7f7f7f7f7f7f7f7fu;
-    const uint64_t ones = ((((word & low_bits) + low_bits) | word) >> 7) & 0x0101010101010101u;
-    return (ones * 0x0102040810204080u) >> 56;
-}
-
-// The bits of up to 64 bytes.
-inline uint64_t foreground_bits(const unsigned char* row, int count) {
-    uint64_t bits = 0;
-    int x = 0;
-    for (; x + 8 <= count; x += 8) {
-        const uint64_t word = load_bytes(row + x);
-        if (word != 0) bits |= non_zero_bits(word) << x;
-    }
-    for (; x < count; ++x) bits |= static_cast<uint64_t>(row[x] != 0) << x;
-    return bits;
-}
+const int k_beyond = INT_MAX;
+const int k_no_runs[2] = {k_beyond, k_beyond};
 
 con_info start_record() {
     con_info record = {};
@@ -46,127 +20,134 @@ con_info start_record() {
     return record;
 }
 
-}  // namespace
-
-void run_labeller::reserve(int width, int labels) {
-    const std::size_t runs = static_cast<std::size_t>(width + 1) / 2;
-    m_row.resize(runs);
-    m_row_above.resize(runs);
-    m_labels.reserve(static_cast<std::size_t>(labels));
+void include_span(int16_t* low, int16_t* high, int16_t first, int16_t last) {
+    *low = std::min(*low, first);
+    *high = std::max(*high, last);
 }
 
-void run_labeller::begin() {
-    m_labels.clear();
-    m_count_above = 0;
-    m_y = k_no_row;
-}
-
-// A run begins or ends where a pixel differs from the one before it. Returns the number of runs.
-std::size_t run_labeller::find_runs(const unsigned char* row, int width) {
-    const std::size_t most = static_cast<std::size_t>(width + 1) / 2;
-    if (m_row.size() < most) m_row.resize(most);
-    run* next = m_row.data();
-    bool open = false;
-    for (int x = 0; x < width; x += 64) {
-        const uint64_t bits = foreground_bits(row + x, std::min(64, width - x));
-        for (uint64_t changes = bits ^ (bits << 1 | (open ? 1u : 0u)); changes != 0; changes &= changes - 1) {
-            const int at = x + __builtin_ctzll(changes);
-            if (open) {
-                next->last = at - 1;
-                ++next;
-            } else {
-                next->first = at;
-            }
-            open = !open;
-        }
-    }
-    if (open) {
-        next->last = width - 1;
-        ++next;
-    }
-    return static_cast<std::size_t>(next - m_row.data());
-}
-
-int run_labeller::root_of(int at) {
-    while (m_labels[static_cast<std::size_t>(at)].parent != at) {
-        int& parent = m_labels[static_cast<std::size_t>(at)].parent;
-        parent = m_labels[static_cast<std::size_t>(parent)].parent;  // halves the path for the next search
-        at = parent;
+// Labels are joined over records held by one array; these take it by address, which stays in a register.
+template <typename label>
+int root_of(label* labels, int at) {
+    while (labels[at].parent != at) {
+        labels[at].parent = labels[labels[at].parent].parent;  // halves the path for the next search
+        at = labels[at].parent;
     }
     return at;
 }
 
 // The smaller label stays, so a component's root is the label of its first run.
-void run_labeller::join(int a, int b) {
-    label& keep = m_labels[static_cast<std::size_t>(std::min(a, b))];
-    label& gone = m_labels[static_cast<std::size_t>(std::max(a, b))];
+template <typename label>
+int join(label* labels, int a, int b) {
+    label& keep = labels[std::min(a, b)];
+    label& gone = labels[std::max(a, b)];
     gone.parent = keep.parent;
     keep.area += gone.area;
-    keep.left = std::min(keep.left, gone.left);
-    keep.right = std::max(keep.right, gone.right);
-    keep.top = std::min(keep.top, gone.top);
-    keep.bottom = std::max(keep.bottom, gone.bottom);
+    include_span(&keep.left, &keep.right, gone.left, gone.right);
+    include_span(&keep.top, &keep.bottom, gone.top, gone.bottom);
+    return keep.parent;
 }
 
-// Gives a run its label and joins what it touches above. `above` ends at the last run that may touch the next one too.
-void run_labeller::place(run* current, const run*& above, const run* above_end, int y) {
-    const int length = current->last - current->first + 1;
-    const int first = static_cast<int16_t>(current->first);
-    const int last = static_cast<int16_t>(current->last);
-    const int row = static_cast<int16_t>(y);
-    while (above != above_end && above->last < current->first) ++above;
-    if (above == above_end || above->first > current->last) {
-        current->label = static_cast<int>(m_labels.size());
-        const label fresh = {current->label, length, first, last, row, row};
-        m_labels.push_back(fresh);
-        return;
+}  // namespace
+
+void run_labeller::reserve(int width, int labels) {
+    const std::size_t runs = static_cast<std::size_t>(width + 1) / 2;
+    make_room(runs);
+    m_labels.resize(static_cast<std::size_t>(labels) + runs);
+}
+
+// For rows of so many runs, each of which may need a label.
+void run_labeller::make_room(std::size_t runs) {
+    for (run_row* row : {&m_row, &m_row_above}) {
+        if (row->labels.size() < runs) row->labels.resize(runs);
+        if (row->edges.size() < 2 * runs + 2) row->edges.resize(2 * runs + 2, k_beyond);
     }
-    int root = root_of(above->label);
-    for (const run* touching = above + 1; touching != above_end && touching->first <= current->last; ++touching) {
-        const int other = root_of(touching->label);
+    if (m_labels.size() < m_label_count + runs) m_labels.resize(2 * (m_label_count + runs));
+}
+
+void run_labeller::begin() {
+    m_label_count = 0;
+    m_roots = 0;
+    m_y = k_no_row;
+}
+
+// A run begins or ends where a pixel differs from the one before it. Returns the number of runs.
+std::size_t run_labeller::find_runs(const unsigned char* row, int first, int last) {
+    int* const edges = m_row.edges.data();
+    int* next = edges;
+    uint64_t open = 0;
+    for (int x = first; x < last; x += 64) {
+        const uint64_t bits = foreground_bits(row + x, std::min(64, last - x));
+        for (uint64_t changes = bits ^ (bits << 1 | open); changes != 0; changes &= changes - 1)
+            *next++ = x + __builtin_ctzll(changes);
+        open = bits >> 63;
+    }
+    if ((next - edges) % 2 != 0) *next++ = last;
+    next[0] = next[1] = k_beyond;
+    return static_cast<std::size_t>(next - edges) / 2;
+}
+
+// Joins the labels of all runs above that begin before `end`, the first of which touches. Returns their root.
+int run_labeller::join_touching(const int* above, const int* above_label, int end) {
+    label* labels = m_labels.data();
+    int root = root_of(labels, *above_label);
+    for (above += 2, ++above_label; *above < end; above += 2, ++above_label) {
+        const int other = root_of(labels, *above_label);
         if (other == root) continue;
-        join(root, other);
-        root = std::min(root, other);
+        root = join(labels, root, other);
+        --m_roots;
     }
-    current->label = root;
-    label& own = m_labels[static_cast<std::size_t>(root)];
-    own.area += length;
-    own.left = std::min(own.left, first);
-    own.right = std::max(own.right, last);
-    own.top = std::min(own.top, row);
-    own.bottom = std::max(own.bottom, row);
+    return root;
 }
 
-void run_labeller::add_row(const unsigned char* row, int width, int y) {
-    const std::size_t count = find_runs(row, width);
-    const run* above = m_row_above.data();
-    const run* above_end = above + (y == m_y + 1 ? m_count_above : 0);
-    for (std::size_t i = 0; i < count; ++i) place(&m_row[i], above, above_end, y);
-    m_row.swap(m_row_above);
-    m_count_above = count;
+// Gives each run its label: that of the runs that it touches above, or a new one. The runs above that end before a run
+// touch none of the next ones either.
+void run_labeller::add_row(const unsigned char* row, int first_column, int last_column, int y) {
+    make_room(static_cast<std::size_t>(last_column - first_column + 1) / 2);
+    const std::size_t count = find_runs(row, first_column, last_column);
+    const int* above = y == m_y + 1 ? m_row_above.edges.data() : k_no_runs;
+    const int* above_label = m_row_above.labels.data();
+    const int16_t row_edge = static_cast<int16_t>(y);
+    label* const labels = m_labels.data();
+    for (std::size_t i = 0; i < count; ++i) {
+        const int first = m_row.edges[2 * i];
+        const int end = m_row.edges[2 * i + 1];
+        const int16_t left = static_cast<int16_t>(first);
+        const int16_t right = static_cast<int16_t>(end - 1);
+        for (; above[1] <= first; above += 2) ++above_label;
+        if (above[0] >= end) {
+            const label fresh = {static_cast<int>(m_label_count), end - first, left, right, row_edge, row_edge};
+            labels[m_label_count] = fresh;
+            m_row.labels[i] = fresh.parent;
+            ++m_label_count;
+            ++m_roots;
+            continue;
+        }
+        const int root = join_touching(above, above_label, end);
+        m_row.labels[i] = root;
+        label& own = labels[root];
+        own.area += end - first;
+        include_span(&own.left, &own.right, left, right);
+        include_span(&own.top, &own.bottom, row_edge, row_edge);
+    }
+    std::swap(m_row, m_row_above);
     m_y = y;
 }
 
+// Records that out did not hold start empty.
 void run_labeller::finish(std::vector<con_info>& out) {
-    if (m_labels.empty()) return;
+    if (m_label_count == 0) return;
     const std::size_t held = out.size();
-    std::size_t component = 0;
-    for (std::size_t i = 0; i < m_labels.size(); ++i) {
+    out.resize(m_roots);
+    for (std::size_t i = held; i < m_roots; ++i) out[i] = start_record();
+    con_info* record = out.data();
+    for (std::size_t i = 0; i < m_label_count; ++i) {
         const label& root = m_labels[i];
         if (root.parent != static_cast<int>(i)) continue;
-        const con_info before = component < held ? out[component] : start_record();
-        const con_info record = {before.area + root.area, static_cast<int16_t>(std::min<int>(before.left, root.left)),
-                                 static_cast<int16_t>(std::max<int>(before.right, root.right)),
-                                 static_cast<int16_t>(std::min<int>(before.top, root.top)),
-                                 static_cast<int16_t>(std::max<int>(before.bottom, root.bottom))};
-        if (component < held) {
-            out[component] = record;
-        } else {
-            out.push_back(record);
-        }
-        ++component;
+        record->area += root.area;
+        include_span(&record->left, &record->right, root.left, root.right);
+        include_span(&record->top, &record->bottom, root.top, root.bottom);
+        ++record;
     }
-    out.resize(component);
 }
 
 }  // namespace orva_fd

@@ -25,39 +25,40 @@ public:
 
     void begin();
 
-    // The runs of non-zero bytes of row y. Rows come in rising order; rows without foreground may be left out.
-    void add_row(const unsigned char* row, int width, int y);
+    // The runs of non-zero bytes of row y, all of which lie in columns first to last - 1. Rows come in rising order;
+    // rows without foreground may be left out.
+    void add_row(const unsigned char* row, int first, int last, int y);
 
     // Resizes out to the number of components and adds each to its record; see bwlabel_ccl::do_comm_ccl. An image
     // without foreground leaves out untouched.
     void finish(std::vector<con_info>& out);
 
 private:
-    struct run {
-        int first;
-        int last;
-        int label;
+    // Each run's first column and the column behind its last one, closed by a run beyond every column; and its label.
+    struct run_row {
+        std::vector<int> edges;
+        std::vector<int> labels;
     };
     // Edges hold 16-bit values, as the records do.
     struct label {
         int parent;  // itself for a root; always the smaller label
         int area;
-        int left;
-        int right;
-        int top;
-        int bottom;
+        int16_t left;
+        int16_t right;
+        int16_t top;
+        int16_t bottom;
     };
 
-    std::size_t find_runs(const unsigned char* row, int width);
-    int root_of(int at);
-    void join(int a, int b);
-    void place(run* current, const run*& above, const run* above_end, int y);
+    void make_room(std::size_t runs);
+    std::size_t find_runs(const unsigned char* row, int first, int last);
+    int join_touching(const int* above, const int* above_label, int end);
 
-    std::vector<run> m_row;  // as many as a row can hold; the first ones count
-    std::vector<run> m_row_above;
-    std::size_t m_count_above = 0;
-    int m_y = -2;  // of the row above
-    std::vector<label> m_labels;
+    run_row m_row;
+    run_row m_row_above;
+    int m_y = -2;                 // of the row above
+    std::vector<label> m_labels;  // the first m_label_count count
+    std::size_t m_label_count = 0;
+    std::size_t m_roots = 0;
 };
 
 }  // namespace orva_fd

@@ -235,7 +235,7 @@ void region_scan::finish_row(int y) {
     int first = 0;
     int last = 0;
     dilate_into(m_filtered, y, mask, &first, &last);
-    if (first < last) m_labeller.add_row(mask, m_width, y);
+    if (first < last) m_labeller.add_row(mask, first, last, y);
     if (m_width == static_cast<int>(m_mask->stride[0])) return;
 
     unsigned char* diff = plane_row(m_diff, 0, y);

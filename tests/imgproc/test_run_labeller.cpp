@@ -32,7 +32,7 @@ std::vector<con_info> label(run_labeller& labeller, const grey_image& image, boo
     for (int y = 0; y < image.height(); ++y) {
         bool any = false;
         for (int x = 0; x < image.width(); ++x) any = any || image.at(x, y) != 0;
-        if (any || !sparse) labeller.add_row(image.data() + y * image.stride(), image.width(), y);
+        if (any || !sparse) labeller.add_row(image.data() + y * image.stride(), 0, image.width(), y);
     }
     labeller.finish(out);
     return out;
