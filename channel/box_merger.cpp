@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "channel/box_rows.h"
+#include "imgproc/bits.h"
 
 namespace orva_fd {
 
@@ -10,42 +10,52 @@ namespace {
 
 const std::size_t k_block = 32;
 const std::size_t k_none = static_cast<std::size_t>(-1);
-const int k_far_away = 1 << 28;  // no sum of two distances to it overflows
 
-// A box with slack s is not close before the probe's edges moved by d pixels with 3 * d + 1 > 2 * s: its distance
-// shrinks by d at most, and the limit grows by (d + 1) / 2 at most.
-int growth_to_reach(int slack) {
-    return std::max(1, (2 * slack - 1) / 3 + 1);
+// A box that lies s beyond the limit is not close before the probe's edges moved by d pixels with 3 * d + 1 > 2 * s:
+// its distance shrinks by d at most, and the limit grows by (d + 1) / 2 at most. Of a probe so large that the limit is
+// the farthest, only distance can shrink: d exceeds s then.
+int growth_to_reach(int slack, int probe_size) {
+    return probe_size == k_largest_size ? slack + 1 : std::max(1, (2 * slack - 1) / 3 + 1);
 }
 
 probe_box probe_of(const con_info& box) {
-    const probe_box probe = {box.left, box.right, box.top, box.bottom, box_width(box) + box_height(box)};
+    const int size = std::min(box_width(box) + box_height(box), k_largest_size);
+    const probe_box probe = {box.left, box.right, box.top, box.bottom, static_cast<short>(size)};
     return probe;
+}
+
+bool holds(const con_info& outer, const con_info& inner) {
+    return outer.left <= inner.left && inner.right <= outer.right && outer.top <= inner.top &&
+           inner.bottom <= outer.bottom;
 }
 
 }  // namespace
 
 void box_merger::columns::reserve(std::size_t count) {
-    for (std::vector<int>* column : {&left, &right, &top, &bottom, &size}) column->reserve(count);
+    for (std::vector<short>* column : {&left, &right, &top, &bottom, &size}) column->reserve(count);
 }
 
 void box_merger::columns::resize(std::size_t count) {
-    for (std::vector<int>* column : {&left, &right, &top, &bottom}) column->resize(count, k_far_away);
-    size.resize(count, 0);
+    for (std::vector<short>* column : {&left, &right, &top, &bottom, &size}) column->resize(count);
 }
 
-void box_merger::columns::set(std::size_t i, const con_info& box) {
+void box_merger::columns::set(std::size_t i, const probe_box& box) {
     left[i] = box.left;
     right[i] = box.right;
     top[i] = box.top;
     bottom[i] = box.bottom;
-    size[i] = box_width(box) + box_height(box);
+    size[i] = box.size;
 }
 
 void box_merger::columns::remove(std::size_t i) {
-    for (std::vector<int>* column : {&left, &right, &top, &bottom, &size}) {
+    for (std::vector<short>* column : {&left, &right, &top, &bottom, &size}) {
         column->erase(column->begin() + static_cast<std::ptrdiff_t>(i));
     }
+}
+
+box_columns box_merger::columns::from(std::size_t i) const {
+    const box_columns here = {left.data() + i, right.data() + i, top.data() + i, bottom.data() + i, size.data() + i};
+    return here;
 }
 
 void box_merger::reserve(std::size_t boxes, std::size_t merged_boxes) {
@@ -53,12 +63,11 @@ void box_merger::reserve(std::size_t boxes, std::size_t merged_boxes) {
     m_settled.reserve(merged_boxes);
     m_settled_columns.reserve(merged_boxes);
     m_scratch.reserve(merged_boxes);
-    m_open.reserve(boxes);
     m_open_columns.reserve(blocks * k_block);
-    m_taken.reserve(boxes);
+    m_open_in.reserve(blocks);
+    m_close.reserve(k_block);
     m_frames.reserve(blocks);
     m_wake.reserve(blocks);
-    m_slack.reserve(k_block);
 }
 
 // Boxes are looked at in list order. Those before the one in work are settled: none is close to any later box, so only
@@ -67,47 +76,42 @@ void box_merger::reserve(std::size_t boxes, std::size_t merged_boxes) {
 void box_merger::merge(std::vector<con_info>& list) {
     if (list.size() < 2) return;
     load(list);
-    for (m_next = 0; m_next < m_open.size(); ++m_next) {
-        if (!m_taken[m_next]) settle(m_open[m_next]);
+    for (std::size_t next = 0; next < list.size(); ++next) {
+        if (m_open_columns.left[next] == k_far_column) continue;
+        take_open(next);
+        settle(list[next]);
     }
     list.assign(m_settled.begin(), m_settled.end());
 }
 
 void box_merger::load(const std::vector<con_info>& list) {
     const std::size_t blocks = (list.size() + k_block - 1) / k_block;
+    const probe_box far_away = {k_far_column, k_far_column, k_far_row, k_far_row, 0};
     m_settled.clear();
     m_settled_columns.resize(0);
-    m_open.assign(list.begin(), list.end());
-    m_open_columns.resize(0);
+    m_open = list.data();
     m_open_columns.resize(blocks * k_block);
-    for (std::size_t i = 0; i < list.size(); ++i) m_open_columns.set(i, list[i]);
-    m_taken.assign(list.size(), 0);
+    m_open_in.resize(blocks);
+    for (std::size_t i = 0; i < list.size(); ++i) m_open_columns.set(i, probe_of(list[i]));
+    for (std::size_t i = list.size(); i < blocks * k_block; ++i) m_open_columns.set(i, far_away);
     m_frames.resize(blocks);
-    for (std::size_t b = 0; b < blocks; ++b) frame_block(b);
-    m_wake.resize(blocks);
-    m_slack.resize(k_block);
-    m_slack_block = k_none;
-}
-
-void box_merger::frame_block(std::size_t block) {
-    const std::size_t end = std::min(m_open.size(), (block + 1) * k_block);
-    con_info frame = m_open[block * k_block];
-    for (std::size_t i = block * k_block + 1; i < end; ++i) {
-        frame.left = std::min(frame.left, m_open[i].left);
-        frame.right = std::max(frame.right, m_open[i].right);
-        frame.top = std::min(frame.top, m_open[i].top);
-        frame.bottom = std::max(frame.bottom, m_open[i].bottom);
+    for (std::size_t block = 0; block < blocks; ++block) {
+        const std::size_t first = block * k_block;
+        const std::size_t count = std::min(list.size() - first, k_block);
+        m_open_in[block] = static_cast<unsigned char>(count);
+        m_frames.set(block, frame_row(m_open_columns.from(first), static_cast<int>(count)));
     }
-    m_frames.set(block, frame);
+    m_wake.resize(blocks);
+    m_close.resize(k_block);
+    m_first = 0;
 }
 
-// Settles the next open box, with everything that it comes to absorb or to be absorbed by.
+// Settles a box, with everything that it comes to absorb or to be absorbed by.
 void box_merger::settle(const con_info& box) {
-    take_open(m_next);
     m_settled.push_back(box);
     m_settled_columns.resize(m_settled.size());
     std::size_t probe = m_settled.size() - 1;
-    m_settled_columns.set(probe, box);
+    m_settled_columns.set(probe, probe_of(box));
     start_search(probe);
 
     int growth = 0;
@@ -129,7 +133,7 @@ void box_merger::settle(const con_info& box) {
             note_growth(growth);
             continue;
         }
-        const std::size_t open = next_open_close(probe);
+        const std::size_t open = next_open_growing(probe);
         if (open == k_none) return;
         growth = absorb(probe, m_open[open]);
         take_open(open);
@@ -146,7 +150,7 @@ int box_merger::absorb(std::size_t i, const con_info& other) {
     box.right = std::max(box.right, other.right);
     box.bottom = std::max(box.bottom, other.bottom);
     box.area += other.area;
-    m_settled_columns.set(i, box);
+    m_settled_columns.set(i, probe_of(box));
     return box_width(box) + box_height(box) - before;
 }
 
@@ -157,67 +161,67 @@ void box_merger::drop_settled(std::size_t i) {
 
 std::size_t box_merger::first_settled_close(std::size_t from, std::size_t to, std::size_t probe) {
     if (from == to) return to;
-    const columns& c = m_settled_columns;
-    m_scratch.resize(m_settled.size());
-    const int least =
-        slack_row(c.left.data() + from, c.right.data() + from, c.top.data() + from, c.bottom.data() + from,
-                  c.size.data() + from, probe_of(m_settled[probe]), m_scratch.data(), static_cast<int>(to - from));
-    if (least >= 0) return to;
-    std::size_t i = 0;
-    while (m_scratch[i] >= 0) ++i;
-    return from + i;
+    m_scratch.resize(to - from);
+    closeness_row(m_settled_columns.from(from), probe_of(m_settled[probe]), m_scratch.data(),
+                  static_cast<int>(to - from));
+    return from + static_cast<std::size_t>(std::find(m_scratch.begin(), m_scratch.end(), 1) - m_scratch.begin());
 }
 
 void box_merger::start_search(std::size_t probe) {
     m_growth = 0;
-    m_from = m_next / k_block;
-    m_slack_block = k_none;
-    const columns& c = m_frames;
-    const std::size_t count = m_wake.size() - m_from;
-    if (count == 0) return;
-    wake_row(c.left.data() + m_from, c.right.data() + m_from, c.top.data() + m_from, c.bottom.data() + m_from,
-             probe_of(m_settled[probe]), m_wake.data() + m_from, static_cast<int>(count));
+    return_to_first_block();
+    const int count = static_cast<int>(m_wake.size() - m_from);
+    if (count > 0) wake_row(m_frames.from(m_from), probe_of(m_settled[probe]), m_wake.data() + m_from, count);
 }
 
 void box_merger::note_growth(int growth) {
     if (growth == 0) return;
     m_growth += growth;
-    m_from = m_next / k_block;
-    m_slack_block = k_none;
+    return_to_first_block();
 }
 
-// The first open box that is close to the probe. Blocks that were passed stay passed until the probe has grown enough,
-// and boxes of the block in work until it grows at all.
-std::size_t box_merger::next_open_close(std::size_t probe) {
+void box_merger::return_to_first_block() {
+    while (m_first < m_open_in.size() && m_open_in[m_first] == 0) ++m_first;
+    m_from = m_first;
+    m_measured = k_none;
+}
+
+// The first open box that is close to the probe and not inside it; close ones inside are absorbed on the way, which
+// changes nothing but the area. Blocks that were passed stay passed until the probe has grown enough, and boxes of the
+// block in work until it grows at all.
+std::size_t box_merger::next_open_growing(std::size_t probe) {
     for (; m_from < m_wake.size(); ++m_from) {
         if (m_wake[m_from] > m_growth) continue;
-        if (m_slack_block != m_from) measure_block(probe);
-        const std::size_t first = m_from * k_block;
-        for (; m_slack_at < k_block; ++m_slack_at) {
-            if (m_slack[m_slack_at] < 0) return first + m_slack_at;
-        }
-        m_wake[m_from] = m_growth + growth_to_reach(m_slack_least);
+        if (m_measured != m_from) measure_block(probe);
+        const std::size_t growing = absorb_until_growing(probe);
+        if (growing != k_none) return growing;
+        m_wake[m_from] = m_growth + growth_to_reach(m_least, m_settled_columns.size[probe]);
+    }
+    return k_none;
+}
+
+std::size_t box_merger::absorb_until_growing(std::size_t probe) {
+    con_info& box = m_settled[probe];
+    for (; m_close_bits != 0; m_close_bits &= m_close_bits - 1) {
+        const std::size_t i = m_from * k_block + static_cast<std::size_t>(__builtin_ctzll(m_close_bits));
+        if (!holds(box, m_open[i])) return i;
+        box.area += m_open[i].area;
+        take_open(i);
     }
     return k_none;
 }
 
 void box_merger::measure_block(std::size_t probe) {
-    const columns& c = m_open_columns;
-    const std::size_t first = m_from * k_block;
-    const int least =
-        slack_row(c.left.data() + first, c.right.data() + first, c.top.data() + first, c.bottom.data() + first,
-                  c.size.data() + first, probe_of(m_settled[probe]), m_slack.data(), static_cast<int>(k_block));
-    m_slack_block = m_from;
-    m_slack_at = least < 0 ? 0 : k_block;
-    m_slack_least =
-        std::max(least, 0);  // if boxes are taken from the block, it is looked at again after the next growth
+    const int count = static_cast<int>(k_block);
+    m_least = closeness_row(m_open_columns.from(m_from * k_block), probe_of(m_settled[probe]), m_close.data(), count);
+    m_close_bits = foreground_bits(m_close.data(), count);
+    m_measured = m_from;
 }
 
 void box_merger::take_open(std::size_t i) {
-    m_taken[i] = 1;
-    m_open_columns.left[i] = m_open_columns.right[i] = k_far_away;
-    m_open_columns.top[i] = m_open_columns.bottom[i] = k_far_away;
-    if (i / k_block == m_slack_block) m_slack[i % k_block] = k_far_away;
+    m_open_columns.left[i] = m_open_columns.right[i] = k_far_column;
+    m_open_columns.top[i] = m_open_columns.bottom[i] = k_far_row;
+    --m_open_in[i / k_block];
 }
 
 }  // namespace orva_fd

@@ -81,6 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
                     crowd_row{{"many of all sizes on a large picture"}, 300, 3000, 3000, 120, false, 100},
                     crowd_row{{"a long strip in raster order"}, 500, 8000, 40, 30, true, 60},
                     crowd_row{{"a long strip in any order"}, 500, 8000, 40, 30, false, 60},
+                    crowd_row{{"small ones on the largest picture"}, 300, 16300, 16300, 80, false, 60},
+                    crowd_row{{"some of all sizes on the largest picture"}, 60, 12000, 12000, 4383, false, 300},
+                    crowd_row{{"along the right edge of the largest picture"}, 300, 16300, 60, 80, false, 60},
                     crowd_row{{"more than a picture can hold"}, 2000, 352, 288, 3, true, 6}),
     support::row_name());
 
