@@ -71,6 +71,18 @@ snapshots. The program flame-clip makes a clip of a fire to try it on."
     install(FILES examples/systemd/camera.conf DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orva-fire/examples COMPONENT tools)
 endif()
 
+if(ORVA_GST)
+    debian_package(gstreamer gstreamer1.0-orvafire video
+"fire detection in the pictures of fixed cameras (GStreamer plug-in)
+The element orvafire passes the pictures of a pipeline on, puts a box around
+every fire on them as metas, and posts messages when a report starts and ends.
+It shares the library with an application that uses it as well."
+        COPYRIGHT copyright.gstreamer
+        DEPENDS "liborva-fd${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})")
+    # The plug-in's own library is in another of these packages, where the tool that reads dependencies does not look.
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orva-fd)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
