@@ -57,8 +57,7 @@ const char* trouble_sentence(trouble_reason reason) {
         "the picture is black: the lens may be covered, or there is no light at all",
         "the picture is washed out: most of it is white, and fire has nothing to stand out from",
         "the picture has no colour, as with infrared light at night, and fire is found by its colour",
-        "fewer than 4 pictures a second come: it takes more than 12 seconds to confirm a fire, and short ones are "
-        "missed"};
+        "fewer than 4 pictures a second come: confirming a fire takes more than 12 seconds"};
     return sentences[static_cast<size_t>(reason)];
 }
 
