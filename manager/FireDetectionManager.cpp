@@ -28,14 +28,14 @@ enum log_line {
 
 }  // namespace
 
-CFireDetectionMngr::CFireDetectionMngr() : m_detector() {}
+CFireDetectionMngr::CFireDetectionMngr() {}
 
 int CFireDetectionMngr::Init() {
     if (!m_handles.Init(FD_MAX_CHANNELS)) {
         log_entered(k_file, "Init", k_line_init_failed);
         return FD_PLATFORM_FAILED;
     }
-    for (frame_process*& detector : m_detector) detector = nullptr;
+    for (slot& one : m_slots) one.detector = nullptr;
     return FD_OK;
 }
 
@@ -68,32 +68,38 @@ int CFireDetectionMngr::Start(int& handle, fd_rect rect) {
         return FD_NO_FREE_HANDLE;
     }
     // Deliberate: stopping a channel that was left in the slot frees the handle's flag, and nothing sets it again.
-    if (m_detector[h] != nullptr) Stop(h);
-    if (!m_detector_mutex[h].Create()) {
+    slot& taken = m_slots[h];
+    if (is_left_over(taken)) Stop(h);
+    if (!taken.mutex.Create()) {
         log_entered(k_file, "Start", k_line_lock_exists);
         p->stop();
         delDetector(owner.release());
         m_handles.Close();
         return FD_ALREADY_INITIALISED;
     }
-    CAutoMutex lock(&m_detector_mutex[h]);
-    m_detector[h] = owner.release();
+    CAutoMutex lock(&taken.mutex);
+    taken.detector = owner.release();
     handle = h;
     return FD_OK;
 }
 
 int CFireDetectionMngr::Stop(int& handle) {
     const int h = handle;
-    m_detector_mutex[h].Wait();
-    frame_process* p = m_detector[h];
-    m_detector[h] = nullptr;
-    m_detector_mutex[h].Release();
+    slot& stopped = m_slots[h];
+    stopped.mutex.Wait();
+    frame_process* p = stopped.detector;
+    stopped.detector = nullptr;
+    stopped.mutex.Release();
     if (p != nullptr) {
         p->stop();
         delDetector(p);
     }
+    // The lock goes before the handle is free: a start on another thread may be given the handle at once, and takes a
+    // lock that it finds for an inner fault. Only a lock that is not there is missed afterwards, as its line says.
+    const bool had_lock = stopped.mutex.Exists();
+    if (had_lock) stopped.mutex.Close();
     m_handles.DestroyHandle(h);
-    if (!m_detector_mutex[h].Close()) log_entered(k_file, "Stop", k_line_no_lock_to_close);
+    if (!had_lock && !stopped.mutex.Close()) log_entered(k_file, "Stop", k_line_no_lock_to_close);
     return FD_OK;
 }
 
@@ -102,8 +108,9 @@ int CFireDetectionMngr::FireDetectionMain(int& handle, fd_yuv_frame frame, fd_re
         log_entered(k_file, "FireDetectionMain", k_line_frame_not_busy);
         return FD_NOT_IN_USE;
     }
-    CAutoMutex lock(&m_detector_mutex[handle]);
-    frame_process* p = m_detector[handle];
+    slot& called = m_slots[handle];
+    CAutoMutex lock(&called.mutex);
+    frame_process* p = called.detector;
     if (p == nullptr) {
         log_entered(k_file, "FireDetectionMain", k_line_frame_no_channel);
         return FD_NOT_IN_USE;
@@ -118,8 +125,9 @@ int CFireDetectionMngr::SetSensitiveGrade(int& handle, int grade) {
         log_entered(k_file, "SetSensitiveGrade", k_line_grade_not_busy);
         return FD_NOT_IN_USE;
     }
-    CAutoMutex lock(&m_detector_mutex[handle]);
-    frame_process* p = m_detector[handle];
+    slot& called = m_slots[handle];
+    CAutoMutex lock(&called.mutex);
+    frame_process* p = called.detector;
     if (p == nullptr) {
         log_entered(k_file, "SetSensitiveGrade", k_line_grade_no_channel);
         return FD_NOT_IN_USE;

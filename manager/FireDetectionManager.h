@@ -16,7 +16,7 @@ public:
     CFireDetectionMngr();
 
     // Opens the handle table. Returns 0; 4 if it is open already.
-    int Init();
+    int Init() ORVA_LOCKS_UNCHECKED;  // runs alone
 
     // Stops every channel and closes the table. Returns 0.
     int Destroy();
@@ -41,9 +41,19 @@ public:
 private:
     friend struct test_access;
 
+    // What belongs to one handle.
+    struct slot {
+        slot() : mutex(), detector(nullptr) {}
+
+        CMutex mutex;                                    // exists while a channel is installed
+        frame_process* detector ORVA_GUARDED_BY(mutex);  // owned; null when none is installed
+    };
+
+    // Whether a channel was left behind in the slot of a handle that was just given out: nobody else may know it yet.
+    static bool is_left_over(const slot& taken) ORVA_LOCKS_UNCHECKED { return taken.detector != nullptr; }
+
     CHandleDispather m_handles;
-    frame_process* m_detector[FD_MAX_CHANNELS];  // owned; null when none is installed
-    CMutex m_detector_mutex[FD_MAX_CHANNELS];    // exists while a channel is installed
+    slot m_slots[FD_MAX_CHANNELS];
 };
 
 }  // namespace orva_fd

@@ -12,8 +12,8 @@ public:
     CHandleDispather();
 
     // Makes handles 0 to num - 1 usable and free. False, with two lines, if the table is open already; num is taken all
-    // the same (deliberate).
-    bool Init(int num);
+    // the same (deliberate). Runs alone, hence unchecked.
+    bool Init(int num) ORVA_LOCKS_UNCHECKED;
 
     // False for a free handle, and with a line for one out of range.
     bool IsHandleBusy(int h);
@@ -25,15 +25,15 @@ public:
     bool DestroyHandle(int h);
 
     // Frees all handles, without the lock (deliberate), and closes the table.
-    void Close();
+    void Close() ORVA_LOCKS_UNCHECKED;
 
 private:
     friend struct test_access;
 
     bool in_range(int h) const { return h >= 0 && h < m_handle_num; }
 
-    CMutex m_mutex;  // guards m_busy
-    unsigned char m_busy[1000];
+    CMutex m_mutex;
+    unsigned char m_busy[1000] ORVA_GUARDED_BY(m_mutex);
     int m_handle_num;
 };
 

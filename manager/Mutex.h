@@ -4,17 +4,24 @@
 
 #include <pthread.h>
 
+#include "manager/thread_annotations.h"
+
 namespace orva_fd {
 
 // Not recursive. Create and Close must not run while another thread uses the object.
-class CMutex {
+class ORVA_CAPABILITY CMutex {
 public:
     CMutex() : m_created(false), m_lock() {}
 
     bool Create();  // false, with a line, if it exists already
-    bool Wait();    // locks; if there is no mutex, prints a warning and goes on unlocked (false)
-    int Release();  // unlocks, 0; if there is no mutex, prints a warning and returns 2
     bool Close();   // false, with a line, if it does not exist
+    bool Exists() const { return m_created; }
+
+    // These two are what locking is made of.
+    // Wait locks; if there is no mutex, prints a warning and goes on unlocked (false).
+    bool Wait() ORVA_ACQUIRE() ORVA_LOCKS_UNCHECKED;
+    // Release unlocks, 0; if there is no mutex, prints a warning and returns 2.
+    int Release() ORVA_RELEASE() ORVA_LOCKS_UNCHECKED;
 
 private:
     friend struct test_access;
@@ -26,10 +33,10 @@ private:
 };
 
 // Holds a mutex for a scope. With null it prints a line and locks nothing.
-class CAutoMutex {
+class ORVA_SCOPED_CAPABILITY CAutoMutex {
 public:
-    explicit CAutoMutex(CMutex* m);
-    ~CAutoMutex();
+    explicit CAutoMutex(CMutex* m) ORVA_ACQUIRE(m) ORVA_LOCKS_UNCHECKED;
+    ~CAutoMutex() ORVA_RELEASE() ORVA_LOCKS_UNCHECKED;
 
 private:
     CAutoMutex(const CAutoMutex&) = delete;

@@ -91,8 +91,6 @@ TEST_F(threads, starts_at_the_same_time_give_different_handles) {
     EXPECT_EQ(*different.rbegin(), 127);
 }
 
-// One thread starts and stops: a start that overlaps the stop of another handle may be given that very handle while its
-// lock is still being closed.
 TEST_F(threads, start_and_stop_run_beside_frames_of_other_channels) {
     int watched = -1;
     ASSERT_EQ(ORVA_FireDetection_Start(&watched, k_whole), 0);
