@@ -121,8 +121,11 @@ std::vector<con_info> label_rows(orva_fd::run_labeller& labeller, const ref::pla
     labeller.begin();
     for (int y = 0; y < image.height; ++y) {
         const unsigned char* row = &image.at(0, y);
-        const bool any = std::any_of(row, row + image.width, [](unsigned char value) { return value != 0; });
-        if (any || !sparse) labeller.add_row(row, image.width, y);
+        int first = 0, last = image.width;
+        // As tight as can be, or the whole row.
+        while (sparse && first < last && row[first] == 0) ++first;
+        while (sparse && first < last && row[last - 1] == 0) --last;
+        if (first < last || !sparse) labeller.add_row(row, first, last, y);
     }
     labeller.finish(out);
     return out;
