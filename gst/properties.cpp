@@ -2,11 +2,14 @@
 
 #include <gst/gst.h>
 
+#include "apps/orva_fire/aged_channel.h"
+#include "apps/orva_fire/confirmation.h"
+
 namespace orva_gst {
 namespace {
 
 const double k_longest_time = 86400;  // seconds; a day
-const char k_tiles[] = "1x1";
+const char k_tiles[] = "auto";
 
 const auto k_flags = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING);
 
@@ -71,7 +74,13 @@ std::string text_of(const GValue* value) {
 }  // namespace
 
 property_values::property_values()
-    : grade(k_library_grade), tiles(k_tiles), confirm(0), cooldown(0), max_age(0), draw(false), interval(0) {}
+    : grade(k_library_grade),
+      tiles(k_tiles),
+      confirm(orva_fire::k_default_confirm),
+      cooldown(orva_fire::k_default_cooldown),
+      max_age(orva_fire::k_default_max_age),
+      draw(false),
+      interval(0) {}
 
 void install_properties(GObjectClass* type) {
     install_looking(type);

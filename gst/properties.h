@@ -32,7 +32,7 @@ struct property_values {
     bool draw;
     double interval;
 
-    // The defaults.
+    // The defaults: those of orva-fire, so that both report the same.
     property_values();
 };
 

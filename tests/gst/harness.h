@@ -86,7 +86,8 @@ std::vector<fire_meta> metas_of(GstBuffer* buffer);
 
 class element_harness {
 public:
-    // properties: as on a command line, "grade=70 draw=true".
+    // properties: as on a command line, "grade=70 draw=true". Without any the element looks at the whole picture and
+    // reports what the library does at once, which its defaults do not.
     explicit element_harness(const std::string& properties = "");
     ~element_harness();
     element_harness(const element_harness&) = delete;

@@ -38,23 +38,24 @@ const char k_two_zones[] = R"({"zones": [
     {"name": "door", "grade": 100, "rectangles": [{"x": "50%", "y": 0, "width": "50%", "height": "100%"}]}]})";
 
 TEST(properties, hold_their_defaults_until_they_are_set) {
-    const element_harness harness;
+    GstElement* element = gst_element_factory_make("orvafire", nullptr);
     int grade = 0;
     gchar *zones = nullptr, *tiles = nullptr;
     double confirm = -1, cooldown = -1, max_age = -1, interval = -1;
     gboolean draw = TRUE;
-    g_object_get(harness.element(), "grade", &grade, "zones", &zones, "tiles", &tiles, "confirm", &confirm, "cooldown",
-                 &cooldown, "max-age", &max_age, "draw", &draw, "interval", &interval, nullptr);
+    g_object_get(element, "grade", &grade, "zones", &zones, "tiles", &tiles, "confirm", &confirm, "cooldown", &cooldown,
+                 "max-age", &max_age, "draw", &draw, "interval", &interval, nullptr);
     EXPECT_EQ(grade, -1);
     EXPECT_EQ(zones, nullptr);
-    EXPECT_STREQ(tiles, "1x1");
-    EXPECT_EQ(confirm, 0);
-    EXPECT_EQ(cooldown, 0);
-    EXPECT_EQ(max_age, 0);
+    EXPECT_STREQ(tiles, "auto");
+    EXPECT_EQ(confirm, 0.5);
+    EXPECT_EQ(cooldown, 10);
+    EXPECT_EQ(max_age, 30);
     EXPECT_EQ(draw, FALSE);
     EXPECT_EQ(interval, 0);
     g_free(zones);
     g_free(tiles);
+    gst_object_unref(element);
 }
 
 TEST(properties, return_what_was_set) {
