@@ -9,6 +9,7 @@ namespace {
 
 struct state {
     bool on = false;
+    bool paused = false;
     failing_new::kind which = failing_new::kind::any;
     long first = 0;
     long count = 0;
@@ -20,7 +21,8 @@ state current;
 std::atomic<long> live{0};
 
 bool fails(failing_new::kind asked) {
-    if (!current.on || (current.which != failing_new::kind::any && current.which != asked)) return false;
+    if (!current.on || current.paused || (current.which != failing_new::kind::any && current.which != asked))
+        return false;
     ++current.requests;
     if (current.requests < current.first || current.requests - current.first >= current.count) return false;
     ++current.failures;
@@ -67,6 +69,14 @@ long plan::requests() const {
 
 long plan::failures() const {
     return current.failures;
+}
+
+pause::pause(bool paused) : m_before(current.paused) {
+    current.paused = paused;
+}
+
+pause::~pause() {
+    current.paused = m_before;
 }
 
 long live_blocks() {

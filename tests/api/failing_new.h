@@ -19,6 +19,19 @@ public:
     long failures() const;
 };
 
+// While it lives, the plan's requests are not counted and do not fail (or do again): a test's own requests are no part
+// of what it tests.
+class pause {
+public:
+    explicit pause(bool paused = true);
+    ~pause();
+    pause(const pause&) = delete;
+    pause& operator=(const pause&) = delete;
+
+private:
+    bool m_before;
+};
+
 const long k_all_after = 1000000000;
 
 // Blocks obtained and not given back since the program began.

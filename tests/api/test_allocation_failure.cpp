@@ -1,47 +1,34 @@
 // Memory that cannot be had, request by request: the code or the exception that leaves the call, what is released, and
 // that the library goes on.
 #include <gtest/gtest.h>
-#include <pthread.h>
 
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ORVA_FireDetection.h"
 #include "api/GlobalObject.h"
 #include "tests/api/failing_new.h"
 #include "tests/support/capture.h"
+#include "tests/support/fault_steps.h"
+#include "tests/support/held_locks.h"
 #include "tests/support/random.h"
 #include "tests/support/rows.h"
 #include "tests/support/scene.h"
-#include "tests/support/test_access.h"
 
 namespace {
 
 using failing_new::kind;
 using failing_new::live_blocks;
 using failing_new::plan;
-using orva_fd::CFireDetectionMngr;
 using orva_fd::CGlobalObject;
-using orva_fd::CMutex;
-using orva_fd::test_access;
+using support::held_locks;
 using support::nv21_picture;
 
 const fd_rect k_whole = {0, 1, 0, 1, 1, 1, 1, 1};
-
-bool is_held(CMutex& mutex) {
-    if (!test_access::created(mutex)) return false;
-    if (pthread_mutex_trylock(&test_access::native(mutex)) != 0) return true;
-    pthread_mutex_unlock(&test_access::native(mutex));
-    return false;
-}
-
-int held_locks() {
-    CFireDetectionMngr& manager = *CGlobalObject::Instance()->FireDetectionMan();
-    int held = is_held(test_access::mutex(test_access::handles(manager)));
-    for (int h = 0; h < 128; ++h) held += is_held(test_access::detector_mutex(manager, h));
-    return held;
-}
 
 class allocation_failure : public testing::Test {
 protected:
@@ -181,61 +168,138 @@ TEST_F(allocation_failure, no_frame_asks_for_memory) {
 
 // --- the fault loop -------------------------------------------------------------------------------------------------
 
-// Channels, frames up to a report, a second region, a grade: what a host does in its life, on small pictures. Codes and
-// exceptions do not stop it.
-void scenario(nv21_picture& picture, nv21_picture& other) {
-    ORVA_FireDetection_Init();
-    int handles[2] = {-1, -1};
-    for (int& handle : handles) {
-        try {
-            ORVA_FireDetection_Start(&handle, k_whole);
-        } catch (const std::bad_alloc&) {
-        }
+const int k_channels = 3;
+const int k_frames = 60;
+
+// What one channel's calls came to; -1 stands for an exception.
+struct channel_life {
+    int start = 0;
+    std::vector<std::pair<int, std::string>> frames;  // code, and the bytes of the result
+};
+
+// Three cameras of 64 x 48 pixels with a flame each.
+int flame_place(int channel) {
+    return 4 + 4 * channel;
+}
+
+int start_channel(int& handle) {
+    const failing_new::pause no_more(false);
+    try {
+        return ORVA_FireDetection_Start(&handle, k_whole);
+    } catch (const std::bad_alloc&) {
+        return -1;
     }
-    ORVA_FireDetection_SetSensitiveGrade(handles[0], 100);
+}
+
+// One frame; the second channel's picture is smaller from the 55th on.
+std::pair<int, std::string> see_frame(int channel, int handle, int number) {
+    nv21_picture picture(64, channel == 1 && number > 54 ? 46 : 48);
+    support::paint_flame_frame(picture, number, flame_place(channel), 4);
     fd_result result;
-    for (int number = 1; number <= 53; ++number) {
-        support::paint_flame_frame(picture, number, 10, 10);
-        set_frame(handles[0], picture, result);
-        if (number % 10 == 0) set_frame(handles[1], other, result);
+    std::memset(&result, 0x5A, sizeof result);
+    int code = 0;
+    {
+        const failing_new::pause no_more(false);
+        code = set_frame(handle, picture, result);
     }
-    ORVA_FireDetection_Stop(handles[0]);
+    return {code, std::string(reinterpret_cast<const char*>(&result), sizeof result)};
+}
+
+// All that a host does in its life: Init, three channels, frames until reports come and beyond, grades, another picture
+// size, Stop, UnInit. A start that fails ends that channel only. locks: those held after any call.
+std::vector<channel_life> host_life(int& locks) {
+    const failing_new::pause own_requests;
+    std::vector<channel_life> lives(k_channels);
+    int handles[k_channels] = {-1, -1, -1};
+    ORVA_FireDetection_Init();
+    for (std::size_t i = 0; i < lives.size(); ++i) {
+        lives[i].start = start_channel(handles[i]);
+        locks += held_locks();
+    }
+    for (int number = 1; number <= k_frames; ++number) {
+        for (int i = 0; i < k_channels; ++i) {
+            channel_life& life = lives[static_cast<std::size_t>(i)];
+            if (life.start != FD_OK) continue;
+            if (number == 20 * i + 2) ORVA_FireDetection_SetSensitiveGrade(handles[i], 50 * i);
+            life.frames.push_back(see_frame(i, handles[i], number));
+        }
+        if (number % 20 == 0) locks += held_locks();
+    }
+    if (lives[0].start == FD_OK) ORVA_FireDetection_Stop(handles[0]);
+    locks += held_locks();
+    ORVA_FireDetection_UnInit();
+    return lives;
 }
 
 struct loop_row : support::named_row {
     long count;
 };
 
-class fault_loop : public testing::TestWithParam<loop_row> {};
+class fault_loop : public testing::TestWithParam<loop_row> {
+protected:
+    void SetUp() override {
+        support::captured_output unread;
+        m_untroubled = host_life(m_locks);
+        m_live = live_blocks();
+    }
 
-TEST_P(fault_loop, leaves_no_lock_no_block_and_a_usable_library) {
-    nv21_picture picture(64, 64), other(32, 32);
-    CGlobalObject::Instance();
-    ORVA_FireDetection_Init();
-    ORVA_FireDetection_UnInit();
-    const long live = live_blocks();
-    for (long request = 1;; request += 1 + request / 8) {
-        bool untouched = false;
-        int locks_held = 0;
+    // A host's life with requests failing from the given one on. Returns how many did.
+    long live_with_failures(long request) {
+        std::vector<channel_life> lives;
+        long failures = 0;
         {
             support::captured_output unread;
             plan failing(kind::any, request, GetParam().count);
-            scenario(picture, other);
-            untouched = failing.failures() == 0;
-            locks_held = held_locks();
-            ORVA_FireDetection_UnInit();
+            lives = host_life(m_locks);
+            failures = failing.failures();
         }
-        ASSERT_EQ(locks_held, 0) << "request " << request;
-        ASSERT_EQ(live_blocks(), live) << "request " << request;
-        int handle = -1;
-        fd_result result;
-        ASSERT_EQ(ORVA_FireDetection_Init(), 0);
-        ASSERT_EQ(ORVA_FireDetection_Start(&handle, k_whole), 0) << "request " << request;
-        ASSERT_EQ(handle, 0) << "request " << request;
-        ASSERT_EQ(set_frame(handle, other, result), 0) << "request " << request;
-        ASSERT_EQ(ORVA_FireDetection_UnInit(), 0);
-        if (untouched) break;
+        int failed_starts = 0;
+        for (std::size_t i = 0; i < lives.size(); ++i) {
+            if (lives[i].start == FD_OK) {
+                EXPECT_EQ(lives[i].frames, m_untroubled[i].frames) << "channel " << i;
+                continue;
+            }
+            ++failed_starts;
+            EXPECT_TRUE(lives[i].start == FD_PLATFORM_FAILED || lives[i].start == -1) << lives[i].start;
+        }
+        EXPECT_EQ(failed_starts > 0, failures > 0);
+        if (GetParam().count == 1) EXPECT_LE(failed_starts, 1);
+        return failures;
     }
+
+    static void start_afresh() {
+        int handle = -1;
+        ASSERT_EQ(ORVA_FireDetection_Init(), FD_OK);
+        EXPECT_EQ(start_channel(handle), FD_OK);
+        EXPECT_EQ(handle, 0);
+        EXPECT_EQ(see_frame(0, handle, 1).first, FD_OK);
+        EXPECT_EQ(ORVA_FireDetection_UnInit(), FD_OK);
+    }
+
+    std::vector<channel_life> m_untroubled;
+    int m_locks = 0;
+    long m_live = 0;
+};
+
+TEST_P(fault_loop, leaves_no_lock_no_block_the_other_channels_as_they_were_and_a_usable_library) {
+    for (std::size_t i = 0; i < m_untroubled.size(); ++i) {
+        const fd_result* report = reinterpret_cast<const fd_result*>(m_untroubled[i].frames[50].second.data());
+        ASSERT_EQ(m_untroubled[i].frames[50].first, FD_OK);
+        ASSERT_EQ(report->count, 1) << "the first report of channel " << i;
+        ASSERT_EQ(report->rects[0].x, flame_place(static_cast<int>(i)) + support::k_report_shift);
+        ASSERT_EQ(report->rects[0].width, support::k_report_size);
+    }
+    long request = 1;
+    while (live_with_failures(request) > 0) {
+        ASSERT_FALSE(HasFailure()) << "request " << request;
+        ASSERT_EQ(m_locks, 0) << "request " << request;
+        ASSERT_EQ(live_blocks(), m_live) << "request " << request;
+        start_afresh();
+        request += support::fault_step();
+    }
+    EXPECT_GT(request, 1) << "nothing could fail";
+    EXPECT_EQ(live_blocks(), m_live);
+    std::printf("%ld requests, every %ldth failed in turn\n", request - 1, support::fault_step());
 }
 
 INSTANTIATE_TEST_SUITE_P(table, fault_loop,
