@@ -22,7 +22,11 @@ set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/orva_fd)
 configure_package_config_file(cmake/orva_fd-config.cmake.in orva_fd-config.cmake INSTALL_DESTINATION ${package_folder}
     NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
 write_basic_package_version_file(orva_fd-config-version.cmake COMPATIBILITY SameMajorVersion)
-install(EXPORT orva_fd NAMESPACE orva_fd:: FILE orva_fd-targets.cmake DESTINATION ${package_folder} COMPONENT development)
+# A library on the stand-in chip serves tests only, and CMake exports no target that needs one which stays behind.
+if(NOT ORVA_IVE STREQUAL STANDIN)
+    install(EXPORT orva_fd NAMESPACE orva_fd:: FILE orva_fd-targets.cmake DESTINATION ${package_folder}
+        COMPONENT development)
+endif()
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/orva_fd-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/orva_fd-config-version.cmake
     DESTINATION ${package_folder} COMPONENT development)
 
