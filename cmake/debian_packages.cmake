@@ -25,8 +25,8 @@ execute_process(
 configure_file(CHANGELOG.md ${documents}/changelog COPYONLY)
 execute_process(COMMAND gzip -9nf changelog changelog.Debian WORKING_DIRECTORY ${documents} COMMAND_ERROR_IS_FATAL ANY)
 
-# debian_package(COMPONENT NAME SECTION DESCRIPTION [COPYRIGHT file] [DEPENDS text] [CONTROL ${debian_folder}/runtime/symbols ${debian_folder}/runtime/triggers)
-# what is installed with COMPONENT. DESCRIPTION is a line, then sentences; COPYRIGHT a file of packaging/debian; CONTROL ${debian_folder}/runtime/symbols ${debian_folder}/runtime/triggers)
+# debian_package(COMPONENT NAME SECTION DESCRIPTION [COPYRIGHT file] [DEPENDS text] [CONTROL file...]): a package of what
+# is installed with COMPONENT. DESCRIPTION is a line, then sentences; COPYRIGHT a file of packaging/debian; CONTROL
 # files for the package's own use.
 macro(debian_package component name section description)
     cmake_parse_arguments(package "" "COPYRIGHT;DEPENDS" "CONTROL" ${ARGN})
