@@ -263,7 +263,9 @@ protected:
             EXPECT_TRUE(lives[i].start == FD_PLATFORM_FAILED || lives[i].start == -1) << lives[i].start;
         }
         EXPECT_EQ(failed_starts > 0, failures > 0);
-        if (GetParam().count == 1) EXPECT_LE(failed_starts, 1);
+        if (GetParam().count == 1) {
+            EXPECT_LE(failed_starts, 1);
+        }
         return failures;
     }
 
