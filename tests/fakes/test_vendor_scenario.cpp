@@ -113,7 +113,9 @@ protected:
                 EXPECT_EQ(frame.result, std::string(sizeof(fd_result), static_cast<char>(k_unwritten)));
             }
         }
-        if (!GetParam().all_after) EXPECT_LE(troubled, 1) << "other channels notice";
+        if (!GetParam().all_after) {
+            EXPECT_LE(troubled, 1) << "other channels notice";
+        }
         EXPECT_EQ(locks, 0);
         EXPECT_EQ(standin::live_buffers(), 0);
     }
