@@ -108,7 +108,7 @@ void post(gpointer element, const std::vector<orva_fire::fire_event>& events, co
     for (const orva_fire::fire_event& event : events) {
         const std::string& zone = state.watch->zones()[event.zone].name;
         // What the tracker itself sees end, with pictures going on, is simply gone.
-        const char* why = event.input_ended ? reason : "gone";
+        const char* why = event.ended == orva_fire::event_end::input_ended ? reason : "gone";
         GST_INFO_OBJECT(element, "report %d in zone %s", event.id, zone.c_str());
         gst_element_post_message(
             GST_ELEMENT(element),

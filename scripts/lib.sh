@@ -6,12 +6,12 @@ ORVA_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # Debian 12 packages that the library and the programs are built with. The programs bring along what they need to run.
 program_packages=(
     g++ make cmake pkg-config
-    libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev
+    libavdevice-dev libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev
     libcli11-dev nlohmann-json3-dev scdoc
 )
 
 # What the tests need besides.
-test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 binutils git doxygen systemd chromium)
+test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 python3-jsonschema binutils git doxygen systemd chromium)
 
 # What the GStreamer plug-in is built with, and the elements that its tests' pipelines use.
 gstreamer_packages=(

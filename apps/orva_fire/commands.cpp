@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "apps/orva_fire/check.h"
+#include "apps/orva_fire/command_line.h"
 #include "apps/orva_fire/detect.h"
 #include "apps/orva_fire/eval.h"
 #include "apps/orva_fire/options.h"
@@ -13,6 +15,19 @@ namespace {
 int detect_command(int argc, const char* const* argv) {
     const command wanted = parse_detect(argc, argv);
     return wanted.detect ? run_detect(*wanted.detect) : wanted.exit_code;
+}
+
+int drill_command(int argc, const char* const* argv) {
+    const command wanted = parse_drill(argc, argv);
+    return wanted.detect ? run_detect(*wanted.detect) : wanted.exit_code;
+}
+
+int check_command(int argc, const char* const* argv) {
+    CLI::App app("Tries the detector on a built-in scene and tells how many cameras this machine sustains.",
+                 "orva-fire check");
+    set_manners(app, "Takes about ten seconds. Exit codes: 0 all is well, 3 the built-in fire was not found.");
+    const auto exit_code = read_command_line(app, argc, argv);
+    return exit_code ? *exit_code : run_check();
 }
 
 int short_form(int argc, const char* const* argv) {
@@ -28,6 +43,8 @@ struct subcommand {
 
 const subcommand k_commands[] = {
     {"detect", detect_command, "look for fire in a source; the command may be left out"},
+    {"drill", drill_command, "lay a synthetic flame over a source and follow the event through every output"},
+    {"check", check_command, "try the detector on a built-in scene; how many cameras does this machine sustain?"},
     {"tune", tune_command, "show what each sensitivity would report in recordings"},
     {"eval", eval_command, "measure how well fire is found in labelled recordings"},
 };

@@ -7,50 +7,80 @@
 #include <vector>
 
 #include "apps/orva_fire/annotate.h"
+#include "apps/orva_fire/confirmation.h"
 #include "apps/orva_fire/detector.h"
+#include "apps/orva_fire/drill.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/event_log.h"
 #include "apps/orva_fire/event_tracker.h"
+#include "apps/orva_fire/folder_run.h"
 #include "apps/orva_fire/frame_gate.h"
 #include "apps/orva_fire/library_output.h"
+#include "apps/orva_fire/open_source.h"
+#include "apps/orva_fire/outputs.h"
 #include "apps/orva_fire/progress.h"
-#include "apps/orva_fire/snapshot.h"
+#include "apps/orva_fire/rate_watch.h"
+#include "apps/orva_fire/stop_signal.h"
 #include "apps/orva_fire/summary.h"
-#include "apps/orva_fire/video_source.h"
-#include "apps/orva_fire/video_writer.h"
+#include "apps/orva_fire/trouble.h"
+#include "apps/orva_fire/zone_watcher.h"
+#include "apps/orva_fire/zones.h"
 
 namespace orva_fire {
 namespace {
 
 namespace fs = std::filesystem;
 
-const char k_video_name[] = "annotated.mp4";
-const char k_events_name[] = "events.jsonl";
+const double k_drill_after_report = 2;  // seconds
+const int k_default_grade = 70;         // the library's own is that of grades 68 to 73
 
-// One part of the picture that is looked at, and what is reported in it now.
+// One zone of the picture, and what is reported in it now.
 struct watched_zone {
     std::string name;
-    std::unique_ptr<detector_channel> channel;
-    std::vector<box> boxes;
+    int grade;
+    std::unique_ptr<zone_watcher> watcher;
+    std::optional<confirmation> confirmed;
+    std::vector<box> boxes;     // what the detector reports
+    std::vector<box> reported;  // of these, what belongs to an event
 };
 
-std::string in_folder(const detect_options& options, const char* name) {
-    return options.folder + "/" + name;
+// The zones of the file and those of the command line; the whole picture if there are none.
+std::vector<zone_spec> wanted_zones(const detect_options& options) {
+    std::vector<zone_spec> zones;
+    if (!options.zones.empty()) zones = read_zones(options.zones);
+    for (size_t i = 0; i < options.regions.size(); ++i) {
+        zones.push_back({"region " + std::to_string(i + 1), {options.regions[i]}, std::nullopt, ""});
+    }
+    check_names(zones);
+    const region whole = {{0, true}, {0, true}, {100, true}, {100, true}};
+    if (zones.empty()) zones.push_back({"picture", {whole}, std::nullopt, ""});
+    return zones;
 }
 
-std::string events_path(const detect_options& options) {
-    return options.events.empty() ? in_folder(options, k_events_name) : options.events;
-}
-
-// Rejects results that would be written over the video while it is still being read, before any file is opened.
+// Rejects results that would be written over the source while it is still being read, before any file is opened.
 const detect_options& without_overwriting(const detect_options& options) {
-    for (const std::string& output : {in_folder(options, k_video_name), events_path(options), options.library_log}) {
+    for (const std::string& output : output_paths(options)) {
         std::error_code error;
-        if (fs::equivalent(options.source, output, error) && !error) {
+        if (fs::equivalent(options.source.text, output, error) && !error) {
             throw usage_error("'" + output + "' is the video itself; choose another place for the results");
         }
     }
     return options;
+}
+
+// The source as it is, or with the flame of a drill in it.
+std::unique_ptr<picture_source> source_of(const detect_options& options, const std::vector<zone_spec>& zones,
+                                          drill_source*& drill) {
+    std::unique_ptr<picture_source> source = open_source(options.source);
+    if (!options.drill) return source;
+    const zone_spec zone = zones.front();
+    const tile_grid grid = options.tiles;
+    auto burning = std::make_unique<drill_source>(std::move(source), [zone, grid](picture_size size) {
+        const std::vector<box> tiles = tile(place_zone(zone, size).front(), grid);
+        return place_of_flame(tiles[tiles.size() / 2]);
+    });
+    drill = burning.get();
+    return burning;
 }
 
 class detection_run {
@@ -59,182 +89,289 @@ public:
     int run();
 
 private:
-    void open_outputs(const AVFrame& first);
+    void start(const source_picture& first);
     void open_zones();
 
     bool read(source_picture& picture);
-    bool passes(const source_picture& picture);
+    void take(const source_picture& picture);
+    void wait(const source_picture& nothing);
+    bool repeats(const source_picture& picture);
+    bool passes(const source_picture& picture, bool repeated);
     std::vector<fire_event> analyse(const source_picture& picture);
-    void write_out(const source_picture& picture, const std::vector<fire_event>& events);
+    void restart(std::vector<fire_event>& events);
+    void report_trouble(const std::vector<trouble_event>& events);
+    void write_out(const source_picture& picture, const std::vector<fire_event>& events, bool passed);
+    void write_frame_line(bool passed);
     void record(const fire_event& event);
+    void follow_drill(const std::vector<fire_event>& events);
     void finish();
+    int conclude();
+    int conclude_drill(const std::string& problem);
     void print_warnings();
+    void warn(const std::string& text);
 
     const detect_options m_options;
+    const std::vector<zone_spec> m_wanted;
     run_summary m_summary;
-    video_source m_source;
+    drill_source* m_drill = nullptr;  // the source, if it is one
+    std::unique_ptr<picture_source> m_source;
+    bool m_drill_over = false;
     picture_size m_size;
     moment m_now;
+    std::optional<int64_t> m_wall;
     progress_line m_progress;
 
     library_output m_library_output;
     detector_session m_session;
     std::vector<watched_zone> m_zones;
+    std::vector<std::string> m_zone_names;
     std::vector<box> m_outlines;
 
     rate_limiter m_limiter;
-    repeat_finder m_repeats;
+    repeat_finder m_still;    // compares with the picture before
+    repeat_finder m_repeats;  // with the one that was passed last, if --fps leaves some out
+    rate_watch m_rate_watch;
+    trouble_watcher m_trouble;
     event_tracker m_tracker{0};
 
     annotator m_annotator;
     frame_ptr m_painted;  // the last picture with its boxes
-    std::unique_ptr<event_log> m_log;
-    std::unique_ptr<snapshot_taker> m_snapshots;
-    std::unique_ptr<video_writer> m_video;
+    std::unique_ptr<outputs> m_outputs;
 };
 
 detection_run::detection_run(const detect_options& options)
     : m_options(without_overwriting(options)),
-      m_source(options.source),
-      m_progress(m_source.duration()),
+      m_wanted(wanted_zones(options)),
+      m_source(source_of(options, m_wanted, m_drill)),
+      m_progress(m_source->duration()),
       m_library_output(options.library_log, options.library_log_limit),
       m_limiter(options.rate) {}
 
 void detection_run::open_zones() {
-    if (m_options.regions.empty()) {
-        m_zones.push_back({"picture", std::make_unique<detector_channel>(box{0, 0, m_size.width, m_size.height}), {}});
-    }
-    for (const region& wanted : m_options.regions) {
-        const box place = place_region(wanted, m_size);
-        const std::string name = "region " + std::to_string(m_zones.size() + 1);
-        m_zones.push_back({name, std::make_unique<detector_channel>(place), {}});
-        m_outlines.push_back(place);
-    }
-    for (const watched_zone& zone : m_zones) {
-        if (m_options.grade) zone.channel->set_grade(*m_options.grade);
+    (void)count_channels(m_wanted, m_size, m_options.tiles, m_options.max_age > 0);
+    for (const zone_spec& wanted : m_wanted) {
+        const std::vector<box> parts = place_zone(wanted, m_size);
+        watch_settings settings;
+        settings.grade = wanted.grade ? wanted.grade : m_options.grade;
+        settings.tiles = m_options.tiles;
+        settings.max_age = m_options.max_age;
+        m_zones.push_back({wanted.name,
+                           settings.grade.value_or(k_default_grade),
+                           std::make_unique<zone_watcher>(parts, settings),
+                           confirmation(m_options.confirm),
+                           {},
+                           {}});
+        m_zone_names.push_back(wanted.name);
+        const bool whole = parts.size() == 1 && parts[0] == box{0, 0, m_size.width, m_size.height};
+        if (!whole) m_outlines.insert(m_outlines.end(), parts.begin(), parts.end());
     }
     m_tracker = event_tracker(m_zones.size());
 }
 
-void detection_run::open_outputs(const AVFrame& first) {
-    const std::string events = events_path(m_options);
-    std::error_code error;
-    fs::create_directories(m_options.folder, error);
-    if (error || !fs::is_directory(m_options.folder)) {
-        throw io_error("cannot make the folder '" + m_options.folder + "': " + error.message());
-    }
-    if (events != "-") {
-        m_log = std::make_unique<event_log>(events);
-    } else if (m_library_output.own_output() < 0) {
-        throw io_error("--events -: standard output is closed");
-    } else {
-        m_log = std::make_unique<event_log>(m_library_output.own_output(), "standard output");
-    }
-    m_snapshots = std::make_unique<snapshot_taker>(m_options.folder);
-    if (m_options.write_video) {
-        encoder_settings settings;
-        settings.rate = m_source.nominal_rate();
-        m_painted = m_annotator.paint(first, {}, {});
-        m_video = std::make_unique<video_writer>(in_folder(m_options, k_video_name), *m_painted, settings);
-    }
+void detection_run::start(const source_picture& first) {
+    m_size = {first.frame->width, first.frame->height};
+    open_zones();
+    output_setting setting;
+    setting.camera = camera_name(m_options.source);
+    setting.live = m_source->live();
+    setting.test = m_options.drill.has_value();
+    setting.rate = m_source->nominal_rate();
+    setting.size = m_size;
+    setting.own_output = m_library_output.own_output();
+    setting.wall_milliseconds = first.wall_milliseconds;
+    m_outputs = std::make_unique<outputs>(m_options, setting);
 }
 
 bool detection_run::read(source_picture& picture) {
     const stopwatch::running timer(m_summary.decode);
-    return m_source.next(picture);
+    return !stop_wanted() && m_source->next(picture);
 }
 
-bool detection_run::passes(const source_picture& picture) {
+bool detection_run::repeats(const source_picture& picture) {
+    const stopwatch::running timer(m_summary.convert);
+    return m_still.repeats(*picture.frame);
+}
+
+bool detection_run::passes(const source_picture& picture, bool repeated) {
     if (!m_limiter.passes(picture.seconds)) {
         ++m_summary.thinned;
         return false;
     }
-    const stopwatch::running timer(m_summary.convert);
-    if (!m_repeats.repeats(*picture.frame)) return true;
-    ++m_summary.repeated;
-    return false;
+    if (m_options.rate > 0) {
+        // What the detector was given last may be further back than the picture before.
+        const stopwatch::running timer(m_summary.convert);
+        repeated = m_repeats.repeats(*picture.frame);
+    }
+    if (repeated) ++m_summary.repeated;
+    return !repeated;
 }
 
 std::vector<fire_event> detection_run::analyse(const source_picture& picture) {
     std::vector<fire_event> events;
+    if (picture.after_gap) restart(events);
     for (size_t i = 0; i < m_zones.size(); ++i) {
         watched_zone& zone = m_zones[i];
-        zone.boxes = zone.channel->analyse(*picture.frame, m_summary.convert, m_summary.detect);
-        if (auto event = m_tracker.observe(i, m_now, zone.boxes)) events.push_back(*event);
+        const zone_answer answer =
+            zone.watcher->observe(*picture.frame, picture.seconds, m_summary.convert, m_summary.detect);
+        zone.boxes = answer.boxes;
+        zone.reported = zone.confirmed->observe(picture.seconds, answer);
+        if (auto event = m_tracker.observe(i, m_now, zone.reported)) events.push_back(*event);
     }
     m_library_output.check_limit();
     return events;
 }
 
-void detection_run::record(const fire_event& event) {
-    const std::string snapshot = m_snapshots->take(event, m_painted);
-    m_log->write(event_line(event, m_zones[event.zone].name, m_size, snapshot));
+// Nobody knows what was to be seen in the gap: what was reported before ends, and evidence is gathered anew.
+void detection_run::restart(std::vector<fire_event>& events) {
+    events = m_tracker.finish(m_now, event_end::source_lost);
+    for (watched_zone& zone : m_zones) {
+        zone.watcher->restart();
+        zone.confirmed.emplace(m_options.confirm);
+    }
 }
 
-void detection_run::write_out(const source_picture& picture, const std::vector<fire_event>& events) {
+void detection_run::report_trouble(const std::vector<trouble_event>& events) {
+    for (const trouble_event& event : events) {
+        m_outputs->record(event, m_now, m_wall);
+        warn(std::string(event.started ? "" : "over: ") + trouble_sentence(event.reason));
+    }
+}
+
+void detection_run::record(const fire_event& event) {
+    const watched_zone& zone = m_zones[event.zone];
+    m_outputs->record(event, zone.name, zone.grade, m_painted, m_wall);
+}
+
+void detection_run::write_frame_line(bool passed) {
+    std::vector<std::vector<box>> boxes;
+    for (const watched_zone& zone : m_zones) boxes.push_back(zone.boxes);
+    m_outputs->write_frame(frame_line(m_now, m_zone_names, boxes, passed));
+}
+
+void detection_run::write_out(const source_picture& picture, const std::vector<fire_event>& events, bool passed) {
     const stopwatch::running timer(m_summary.output);
-    if (m_video || !events.empty()) {
+    if (m_outputs->wants_every_picture() || !events.empty()) {
         std::vector<box> boxes;
-        for (const watched_zone& zone : m_zones) boxes.insert(boxes.end(), zone.boxes.begin(), zone.boxes.end());
+        for (const watched_zone& zone : m_zones) boxes.insert(boxes.end(), zone.reported.begin(), zone.reported.end());
         m_painted = m_annotator.paint(*picture.frame, m_outlines, boxes);
     }
     for (const fire_event& event : events) record(event);
-    if (m_video) m_video->write(*m_painted, picture.seconds);
+    if (m_outputs->wants_every_picture()) m_outputs->write_picture(*m_painted, picture.seconds, m_wall);
+    if (m_outputs->wants_frames()) write_frame_line(passed);
 }
 
 void detection_run::finish() {
     m_progress.clear();
+    if (!m_outputs) return;
+    const stopwatch::running timer(m_summary.output);
     for (const fire_event& event : m_tracker.finish(m_now)) record(event);
-    if (m_video) {
-        const stopwatch::running timer(m_summary.output);
-        m_video->close();
-    }
+    m_outputs->finish();
+}
+
+void detection_run::warn(const std::string& text) {
+    m_progress.clear();
+    std::fprintf(stderr, "orva-fire: warning: %s\n", text.c_str());
 }
 
 void detection_run::print_warnings() {
-    for (const std::string& warning : m_source.take_warnings()) {
-        m_progress.clear();
-        std::fprintf(stderr, "orva-fire: warning: %s\n", warning.c_str());
+    for (const std::string& warning : m_source->take_warnings()) warn(warning);
+    if (!m_outputs) return;
+    for (const std::string& warning : m_outputs->take_warnings()) warn(warning);
+}
+
+// A live source is silent.
+void detection_run::wait(const source_picture& nothing) {
+    if (!m_outputs || !m_options.watch_trouble) return;
+    m_now = {nothing.index, nothing.seconds};
+    m_wall = nothing.wall_milliseconds;
+    report_trouble(m_trouble.no_picture(nothing.seconds));
+}
+
+// One picture through everything.
+void detection_run::take(const source_picture& picture) {
+    m_now = {picture.index, picture.seconds};
+    m_wall = picture.wall_milliseconds;
+    if (!m_outputs) start(picture);
+    ++m_summary.frames;
+    const bool repeated = repeats(picture);
+    if (m_options.watch_trouble) report_trouble(m_trouble.observe(*picture.frame, picture.seconds, repeated));
+    const bool passed = passes(picture, repeated);
+    if (passed) {
+        const std::string slow = m_rate_watch.observe(picture.seconds);
+        if (!slow.empty()) warn(slow);
     }
+    const std::vector<fire_event> events = passed ? analyse(picture) : std::vector<fire_event>();
+    write_out(picture, events, passed);
+    if (m_drill) follow_drill(events);
+    m_progress.show(m_summary.frames, picture.seconds);
+}
+
+// The flame goes out once it was reported for a while; the drill is over when that event has ended, or took too long.
+void detection_run::follow_drill(const std::vector<fire_event>& events) {
+    for (const fire_event& event : events) m_drill_over |= event.kind == event_kind::end;
+    const std::optional<moment>& first = m_tracker.first_report();
+    if (first && m_now.seconds - first->seconds >= k_drill_after_report) m_drill->extinguish();
+    const double limit = *m_options.drill + (first ? k_drill_after_report + m_options.confirm.cooldown : 0);
+    m_drill_over |= m_now.seconds > limit + k_drill_onset;
 }
 
 int detection_run::run() {
     {
         const stopwatch::running timer(m_summary.whole);
         source_picture picture;
-        while (read(picture)) {
+        while (!m_drill_over && read(picture)) {
             print_warnings();
-            m_now = {picture.index, picture.seconds};
-            if (picture.index == 0) {
-                m_size = {picture.frame->width, picture.frame->height};
-                open_zones();
-                open_outputs(*picture.frame);
+            if (picture.frame) {
+                take(picture);
+            } else {
+                wait(picture);
             }
-            ++m_summary.frames;
-            const std::vector<fire_event> events = passes(picture) ? analyse(picture) : std::vector<fire_event>();
-            write_out(picture, events);
-            m_progress.show(m_summary.frames, picture.seconds);
         }
+        print_warnings();
         finish();
+        print_warnings();
     }
-    const std::string problem = m_source.problem();
+    return conclude();
+}
+
+int detection_run::conclude() {
+    std::string problem = m_source->problem();
+    const std::string shown = shown_source(m_options.source);
+    if (stop_wanted() && !m_source->live()) problem = shown + ": stopped by a signal before the end";
     if (m_summary.frames == 0) {
-        throw io_error(problem.empty() ? "'" + m_options.source + "': no picture could be decoded"
+        throw io_error(problem.empty() ? shown + ": no picture could be decoded"
                                        : problem + "; no picture could be decoded");
     }
-    m_summary.video_seconds = m_now.seconds + 1 / m_source.nominal_rate();
+    m_summary.video_seconds = m_now.seconds + 1 / m_source->nominal_rate();
+    m_summary.dropped = m_source->dropped();
     m_summary.reports = m_tracker.reports();
     m_summary.first_report = m_tracker.first_report();
     std::fprintf(stderr, "orva-fire: %s", summary_text(m_summary).c_str());
     std::fprintf(stderr, "  written   %s\n", m_options.folder.c_str());
+    if (m_drill) return conclude_drill(problem);
     if (!problem.empty()) throw io_error(problem + "; what was found up to there is written");
     return m_tracker.reports() > 0 ? k_exit_fire : k_exit_nothing;
+}
+
+int detection_run::conclude_drill(const std::string& problem) {
+    for (const std::string& line : m_outputs->account()) std::fprintf(stderr, "  %s\n", line.c_str());
+    const std::optional<moment>& first = m_tracker.first_report();
+    if (!first) {
+        throw io_error("the drill failed: the flame was not reported" +
+                       (problem.empty() ? "; see --library-log for what the detector made of it" : "; " + problem));
+    }
+    if (!m_outputs->all_delivered()) throw io_error("the drill failed: the command of --on-event did not end well");
+    std::fprintf(stderr, "orva-fire: the drill passed: the flame was reported %.1f s after it began\n",
+                 first->seconds - k_drill_onset);
+    return k_exit_nothing;
 }
 
 }  // namespace
 
 int run_detect(const detect_options& options) {
-    return detection_run(options).run();
+    const std::vector<std::string> videos = videos_in_folder(options.source.text);
+    if (options.drill && !videos.empty()) throw usage_error("a drill needs one source, not a folder of videos");
+    return videos.empty() ? detection_run(options).run() : run_folder(options, videos);
 }
 
 }  // namespace orva_fire

@@ -1,4 +1,4 @@
-// The whole way from a video file to annotated video, events and snapshots.
+// The whole way from a source to annotated video, events and snapshots.
 #ifndef ORVA_APPS_ORVA_FIRE_DETECT_H
 #define ORVA_APPS_ORVA_FIRE_DETECT_H
 
@@ -6,8 +6,9 @@
 
 namespace orva_fire {
 
-// Runs to the end of the input and prints warnings and a summary on standard error. Returns the exit code.
-// Throws usage_error and io_error; what was found up to there is written.
+// Runs to the end of the input, or until a signal asks to stop, and prints warnings and a summary on standard error.
+// Returns the exit code. Throws usage_error and io_error; what was found up to there is written. A folder of videos is
+// a run for each of them, with results in folders of their own; the code is that of the worst.
 int run_detect(const detect_options& options);
 
 }  // namespace orva_fire

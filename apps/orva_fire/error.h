@@ -27,6 +27,12 @@ public:
     explicit io_error(const std::string& text) : std::runtime_error(text) {}
 };
 
+// A camera does not want this user. Asking again would not help, and may lock the user out.
+class refused_error : public io_error {
+public:
+    explicit refused_error(const std::string& text) : io_error(text) {}
+};
+
 }  // namespace orva_fire
 
 #endif

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/orva_fire/error.h"
+#include "apps/orva_fire/wall_clock.h"
 
 namespace orva_fire {
 namespace {
@@ -26,6 +27,22 @@ const char* name_of(event_kind kind) {
         default:
             return "end";
     }
+}
+
+const char* reason_of(event_end end) {
+    switch (end) {
+        case event_end::input_ended:
+            return "input ended";
+        case event_end::source_lost:
+            return "source lost";
+        default:
+            return "gone";
+    }
+}
+
+// Names of files may hold bytes that are no UTF-8; those are replaced.
+std::string text_of(const json& line) {
+    return line.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
 double to_milliseconds(double seconds) {
@@ -48,25 +65,57 @@ json moment_entry(const moment& at) {
 
 }  // namespace
 
-std::string event_line(const fire_event& event, const std::string& zone, picture_size picture,
-                       const std::string& snapshot) {
-    json line = {{"schema", k_schema_version}, {"event", name_of(event.kind)}, {"id", event.id}, {"zone", zone}};
+std::string event_line(const fire_event& event, const event_context& context) {
+    json line = {{"schema", k_schema_version}, {"event", name_of(event.kind)}, {"id", event.id}};
+    if (context.test) line["test"] = true;
+    line["camera"] = context.camera;
+    line["zone"] = context.zone;
+    line["grade"] = context.grade;
     line.update(moment_entry(event.at));
+    if (context.wall_milliseconds) line["time"] = rfc3339(*context.wall_milliseconds);
     line["boxes"] = json::array();
-    for (const box& b : event.boxes) line["boxes"].push_back(box_entry(b, picture));
+    for (const box& b : event.boxes) line["boxes"].push_back(box_entry(b, context.picture));
     if (event.kind == event_kind::end) {
-        line["reason"] = event.input_ended ? "input ended" : "gone";
+        line["reason"] = reason_of(event.ended);
         line["started"] = moment_entry(event.started);
         line["duration"] = to_milliseconds(event.at.seconds - event.started.seconds);
         line["largest"] = moment_entry(event.largest_at);
-        line["largest"]["box"] = box_entry(event.largest, picture);
+        line["largest"]["box"] = box_entry(event.largest, context.picture);
     }
-    if (!snapshot.empty()) line["snapshot"] = snapshot;
-    return line.dump();
+    if (!context.snapshot.empty()) line["snapshot"] = context.snapshot;
+    return text_of(line);
 }
 
-event_log::event_log(const std::string& path) : m_name(path), m_owned(true) {
-    m_descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+std::string trouble_line(const trouble_event& event, int64_t frame, const event_context& context) {
+    json line = {{"schema", k_schema_version}, {"event", event.started ? "trouble" : "trouble over"}};
+    if (context.test) line["test"] = true;
+    line["camera"] = context.camera;
+    line.update(moment_entry({frame, event.seconds}));
+    if (context.wall_milliseconds) line["time"] = rfc3339(*context.wall_milliseconds);
+    line["reason"] = trouble_name(event.reason);
+    line["explanation"] = trouble_sentence(event.reason);
+    line["since"] = to_milliseconds(event.since);
+    if (!event.started) line["duration"] = to_milliseconds(event.seconds - event.since);
+    return text_of(line);
+}
+
+std::string frame_line(const moment& at, const std::vector<std::string>& zones,
+                       const std::vector<std::vector<box>>& boxes, bool passed) {
+    json line = moment_entry(at);
+    line["passed"] = passed;
+    line["boxes"] = json::array();
+    for (size_t i = 0; i < zones.size(); ++i) {
+        for (const box& b : boxes[i]) {
+            json entry = {{"zone", zones[i]}};
+            entry.update(box_values(b));
+            line["boxes"].push_back(entry);
+        }
+    }
+    return text_of(line);
+}
+
+event_log::event_log(const std::string& path, bool append) : m_name("'" + path + "'"), m_owned(true) {
+    m_descriptor = open(path.c_str(), O_WRONLY | O_CREAT | (append ? O_APPEND : O_TRUNC) | O_CLOEXEC, 0666);
     if (m_descriptor < 0) throw io_error("cannot write '" + path + "': " + std::strerror(errno));
 }
 
@@ -82,7 +131,7 @@ void event_log::write(const std::string& line) {
     while (done < text.size()) {
         const ssize_t written = ::write(m_descriptor, text.data() + done, text.size() - done);
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) throw io_error("cannot write '" + m_name + "': " + std::strerror(errno));
+        if (written < 0) throw io_error("cannot write " + m_name + ": " + std::strerror(errno));
         done += static_cast<size_t>(written);
     }
 }

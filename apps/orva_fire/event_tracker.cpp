@@ -8,7 +8,7 @@ std::optional<fire_event> event_tracker::observe(size_t zone, const moment& at, 
         if (boxes.empty()) return std::nullopt;
         return start(zone, at, boxes);
     }
-    if (boxes.empty()) return end(state, at, false);
+    if (boxes.empty()) return end(state, at, event_end::gone);
     if (boxes == state.last.boxes) return std::nullopt;
     return update(state, at, boxes);
 }
@@ -41,20 +41,20 @@ fire_event event_tracker::update(zone_state& state, const moment& at, const std:
     return event;
 }
 
-fire_event event_tracker::end(zone_state& state, const moment& at, bool input_ended) {
+fire_event event_tracker::end(zone_state& state, const moment& at, event_end reason) {
     fire_event event = state.last;
     event.kind = event_kind::end;
     event.at = at;
     event.grew = false;
-    event.input_ended = input_ended;
+    event.ended = reason;
     state = zone_state();
     return event;
 }
 
-std::vector<fire_event> event_tracker::finish(const moment& at) {
+std::vector<fire_event> event_tracker::finish(const moment& at, event_end reason) {
     std::vector<fire_event> events;
     for (zone_state& state : m_zones) {
-        if (state.open) events.push_back(end(state, at, true));
+        if (state.open) events.push_back(end(state, at, reason));
     }
     return events;
 }

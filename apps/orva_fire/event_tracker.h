@@ -13,6 +13,9 @@ namespace orva_fire {
 
 enum class event_kind { start, update, end };
 
+// Why a report ended: it is no longer seen; there are no more pictures; there were none for a while.
+enum class event_end { gone, input_ended, source_lost };
+
 // The moment of one picture.
 struct moment {
     int64_t frame = 0;
@@ -27,9 +30,9 @@ struct fire_event {
     std::vector<box> boxes;  // in source pixels; at the end those that were reported last
     moment started;
     moment largest_at;
-    box largest;               // the largest box of the report so far
-    bool grew = false;         // this event brought the largest box
-    bool input_ended = false;  // the report ends only because there are no more pictures
+    box largest;                        // the largest box of the report so far
+    bool grew = false;                  // this event brought the largest box
+    event_end ended = event_end::gone;  // of an end only
 };
 
 class event_tracker {
@@ -39,8 +42,8 @@ public:
     // The answer for one picture in one zone. Returns an event if something changed.
     std::optional<fire_event> observe(size_t zone, const moment& at, const std::vector<box>& boxes);
 
-    // There are no more pictures: ends what is still reported, in the order of the zones.
-    std::vector<fire_event> finish(const moment& at);
+    // Ends what is still reported, in the order of the zones: there are no more pictures, or there was a gap.
+    std::vector<fire_event> finish(const moment& at, event_end reason = event_end::input_ended);
 
     // Reports started so far, and the moment of the first.
     int reports() const { return m_last_id; }
@@ -54,7 +57,7 @@ private:
 
     fire_event start(size_t zone, const moment& at, const std::vector<box>& boxes);
     static fire_event update(zone_state& state, const moment& at, const std::vector<box>& boxes);
-    static fire_event end(zone_state& state, const moment& at, bool input_ended);
+    static fire_event end(zone_state& state, const moment& at, event_end reason);
 
     std::vector<zone_state> m_zones;
     int m_last_id = 0;

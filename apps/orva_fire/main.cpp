@@ -7,12 +7,14 @@
 #include "apps/orva_fire/commands.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/library_output.h"
+#include "apps/orva_fire/stop_signal.h"
 
 int main(int argc, char** argv) {
     using namespace orva_fire;
     hold_standard_descriptors();
     // A reader that goes away must end in a message and a finished video, not in silence.
     std::signal(SIGPIPE, SIG_IGN);
+    catch_stop_signals();
     try {
         return run_command(argc, argv);
     } catch (const usage_error& error) {

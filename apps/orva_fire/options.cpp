@@ -1,31 +1,35 @@
 #include "apps/orva_fire/options.h"
 
+#include <stdlib.h>
+
+#include <cstdio>
+
 #include "ORVA_FireDetection.h"
 #include "apps/orva_fire/command_line.h"
 #include "apps/orva_fire/commands.h"
 #include "apps/orva_fire/error.h"
+#include "apps/orva_fire/event_command.h"
 
 namespace orva_fire {
 namespace {
 
+const char k_purpose[] = "Finds fire in videos and camera pictures; writes an annotated video, events and snapshots.";
+
 const char k_footer[] =
-    R"(Exit codes: 0 nothing reported, 10 fire reported, 2 usage, 3 input or output error (what was found up to there
+    R"(SOURCE is a video file, a folder of videos or of pictures, pictures by a pattern (frames/%05d.jpg), a camera
+(rtsp://USER@HOST/PATH or /dev/video0), or - for standard input. Cameras are looked at until SIGINT or SIGTERM.
+
+Exit codes: 0 nothing reported, 10 fire reported, 2 usage, 3 input or output error (what was found up to there
 is written).
 
 Examples:
   orva-fire video.mp4                            results go to orva-fire-out/
   orva-fire video.mp4 -o night --grade 85        more sensitive, results go to night/
   orva-fire video.mp4 --region 50%,0,50%,100%    the right half only, at twice the detail
-  orva-fire video.mp4 --events - | jq .          events on standard output, one JSON object a line)";
-
-std::string check_region(const std::string& text) {
-    try {
-        (void)parse_region(text);
-        return {};
-    } catch (const usage_error& error) {
-        return error.what();
-    }
-}
+  orva-fire video.mp4 --events - | jq .          events on standard output, one JSON object a line
+  orva-fire detect rtsp://viewer@10.0.0.7/main --password-file gate.password -o gate
+  orva-fire detect /dev/video0 --video - | ffplay -
+  orva-fire detect --config gate.conf --on-event "/usr/local/bin/alarm --gate 3")";
 
 std::string check_rate(const std::string& text) {
     double rate = 0;
@@ -33,33 +37,125 @@ std::string check_rate(const std::string& text) {
     return "a rate must be above 0 and at most 1000, not '" + text + "'";
 }
 
+std::string check_size(const std::string& text) {
+    int width = 0, height = 0;
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%dx%d%c", &width, &height, &rest) == 2 && width > 0 && height > 0) return {};
+    return "a size is WIDTHxHEIGHT, not '" + text + "'";
+}
+
+// Runs a reader of the option's text and hands on what it complains of.
+template <typename Reader>
+std::string complaint_of(Reader reader, const std::string& text) {
+    try {
+        (void)reader(text);
+        return {};
+    } catch (const usage_error& error) {
+        return error.what();
+    }
+}
+
+std::string check_region(const std::string& text) {
+    return complaint_of(parse_region, text);
+}
+
+std::string check_tiles(const std::string& text) {
+    return complaint_of(parse_tiles, text);
+}
+
+// Evidence for a report takes 50 pictures; ages below a few seconds would make every report impossible.
+std::string check_max_age(const std::string& text) {
+    double seconds = 0;
+    if (CLI::detail::lexical_cast(text, seconds) && (seconds == 0 || (seconds >= 5 && seconds <= 86400))) return {};
+    return "an age is 0, or 5 to 86400 seconds, not '" + text + "'";
+}
+
+std::string check_command(const std::string& text) {
+    return complaint_of(split_command, text);
+}
+
+// Seconds and hours from a least value to about a year.
+CLI::Validator time_from(double least) {
+    return CLI::Validator(CLI::Range(least, 3.2e7)).description("");
+}
+
+const char k_drill_footer[] =
+    R"(The flame is laid into the middle of the first zone, a second after the first picture, and goes out once it has
+been reported for a while. Take the options that the camera is looked at with, and another folder for the results.
+
+Exit codes: 0 the drill passed, 2 usage, 3 it failed, or input or output failed.
+
+Examples:
+  orva-fire drill --config gate.conf -o drill
+  orva-fire drill rtsp://viewer@10.0.0.7/main --password-file gate.password -o drill --on-event alarm)";
+
 // The options of detection on one app, and what they were given.
 class detect_options_reader {
 public:
     detect_options_reader(CLI::App& app, const char* source_name);
+    void add_drill();
     command read(int argc, const char* const* argv);
 
 private:
-    void add_places();
+    void add_source();
+    void add_results();
+    void add_commands();
     void add_detector();
+    void check() const;
     detect_options finished() const;
 
     CLI::App& m_app;
     const std::string m_source_name;
     detect_options m_options;
     std::vector<std::string> m_regions;
-    bool m_no_video = false;
+    std::string m_tiles;
+    bool m_no_trouble = false;
+    bool m_no_video = false, m_no_events = false, m_no_snapshots = false;
 };
 
 detect_options_reader::detect_options_reader(CLI::App& app, const char* source_name)
     : m_app(app), m_source_name(source_name) {
-    app.add_option(m_source_name + ",--source", m_options.source, "video file, in any format that FFmpeg reads");
+    add_source();
     add_config_file(app);
-    add_places();
     add_detector();
+    add_results();
+    add_commands();
 }
 
-void detect_options_reader::add_places() {
+void detect_options_reader::add_source() {
+    source_options& source = m_options.source;
+    m_app.add_option(m_source_name + ",--source", source.text, "what to look at, see below")->type_name("");
+    m_app.add_option("--camera", source.camera, "name of the camera in events (default: made from the source)")
+        ->type_name("NAME");
+    m_app
+        .add_option("--password-file", source.password_file,
+                    "the camera's password is the first line of this file; otherwise it is taken from the variable "
+                    "ORVA_FIRE_PASSWORD")
+        ->type_name("FILE");
+    m_app
+        .add_option("--timeout", source.patience,
+                    "a camera that gives no picture for this long counts as gone and is connected anew")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(time_from(0.1));
+    m_app
+        .add_option("--retry", source.first_pause,
+                    "pause before a lost camera is connected anew; it doubles each time, up to 30 seconds")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(CLI::Range(0.01, 30.0)).description(""));
+    m_app
+        .add_option("--input-rate", source.rate,
+                    "pictures a second of single pictures (default: 25), or to ask of /dev/videoN")
+        ->type_name("RATE")
+        ->check(CLI::Validator(check_rate, ""));
+    m_app.add_option("--input-size", source.size, "size of the pictures to ask of /dev/videoN")
+        ->type_name("WIDTHxHEIGHT")
+        ->check(CLI::Validator(check_size, ""));
+    m_app.add_flag("--live", source.live, "standard input comes from a camera: events get the time of day");
+}
+
+void detect_options_reader::add_results() {
     m_app.add_option("-o,--output", m_options.folder, "folder for the results, made if it is missing")
         ->capture_default_str()
         ->type_name("FOLDER");
@@ -67,11 +163,43 @@ void detect_options_reader::add_places() {
         .add_option("--events", m_options.events,
                     "file for the events instead of events.jsonl in the folder; - for standard output")
         ->type_name("FILE");
+    m_app.add_option("--frames", m_options.frames, "write the boxes of every picture there, one JSON object a line")
+        ->type_name("FILE");
+    m_app
+        .add_option("--video", m_options.video,
+                    "file for the annotated video instead of annotated.mp4 in the folder; - for a stream to a player")
+        ->type_name("FILE");
+    m_app
+        .add_option("--segment", m_options.segment,
+                    "begin a new video file after this time; 0 for one file (default: 600 for cameras, 0 otherwise)")
+        ->type_name("SECONDS")
+        ->check(time_from(0));
+    m_app
+        .add_option("--keep", m_options.keep_hours,
+                    "remove a camera's video files that are older; 0 keeps them all (default: 24)")
+        ->type_name("HOURS")
+        ->check(time_from(0));
     m_app
         .add_option("--library-log", m_options.library_log,
                     "keep the detector's own lines in this file, 16 MiB at most")
         ->type_name("FILE");
     m_app.add_flag("--no-video", m_no_video, "write no annotated video, which takes most of the time");
+    m_app.add_flag("--no-events", m_no_events, "write no file of events");
+    m_app.add_flag("--no-snapshots", m_no_snapshots, "write no pictures of events");
+}
+
+void detect_options_reader::add_commands() {
+    m_app
+        .add_option("--on-event", m_options.on_event,
+                    "start this program for every event, with the event as JSON on its standard input")
+        ->type_name("COMMAND")
+        ->check(CLI::Validator(check_command, ""));
+    m_app
+        .add_option("--on-event-timeout", m_options.on_event_timeout,
+                    "a run of that program which takes longer is ended")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(time_from(0.1));
 }
 
 void detect_options_reader::add_detector() {
@@ -82,6 +210,35 @@ void detect_options_reader::add_detector() {
         ->type_name("REGION")
         ->allow_extra_args(false)
         ->check(CLI::Validator(check_region, ""));
+    m_app
+        .add_option("--zones", m_options.zones,
+                    "look in the zones of this JSON file: named, each of one or several rectangles, with grades of "
+                    "their own")
+        ->type_name("FILE");
+    m_app
+        .add_option("--tiles", m_tiles,
+                    "cover what is looked at with overlapping tiles, COLUMNSxROWS, or auto for tiles of about 640x360; "
+                    "small fires are found that are lost otherwise, at the cost of a channel for each tile")
+        ->type_name("GRID")
+        ->check(CLI::Validator(check_tiles, ""));
+    m_app
+        .add_option("--confirm", m_options.confirm.seconds,
+                    "an event begins when new reports have covered this much of the last time, four times as long; 0: "
+                    "with the first report")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(CLI::Range(0.0, 600.0)).description(""));
+    m_app.add_option("--cooldown", m_options.confirm.cooldown, "an event ends when nothing was reported for this long")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(CLI::Range(0.0, 86400.0)).description(""));
+    m_app
+        .add_option("--max-age", m_options.max_age,
+                    "forget evidence that is older, at the cost of a second channel; 0: never")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(check_max_age, ""));
+    m_app.add_flag("--no-trouble", m_no_trouble, "do not say when the detector cannot see");
     m_app
         .add_option("--grade", m_options.grade,
                     "sensitivity, 0 to 100; higher reports after less evidence (default: as 70)")
@@ -96,18 +253,40 @@ void detect_options_reader::add_detector() {
 detect_options detect_options_reader::finished() const {
     detect_options options = m_options;
     for (const std::string& text : m_regions) options.regions.push_back(parse_region(text));
+    if (!m_tiles.empty()) options.tiles = parse_tiles(m_tiles);
+    options.watch_trouble = !m_no_trouble;
     options.write_video = !m_no_video;
+    options.write_events = !m_no_events;
+    options.write_snapshots = !m_no_snapshots;
+    // Taken out of the environment, so that no program started from here has it.
+    if (const char* password = std::getenv("ORVA_FIRE_PASSWORD")) options.source.password = password;
+    unsetenv("ORVA_FIRE_PASSWORD");
     return options;
 }
 
+void detect_options_reader::add_drill() {
+    m_options.drill = 60;
+    m_app.add_option("--seconds", *m_options.drill, "the drill has failed if the flame is not reported by then")
+        ->capture_default_str()
+        ->type_name("SECONDS")
+        ->check(time_from(1));
+}
+
+// What no single option can know of itself.
+void detect_options_reader::check() const {
+    if (m_options.source.text.empty()) throw CLI::ValidationError(m_source_name, "name what to look at");
+    if (m_regions.size() > FD_MAX_CHANNELS) {
+        throw CLI::ValidationError("--region", "at most 128 regions are possible");
+    }
+    const int to_output = (m_options.events == "-") + (m_options.video == "-") + (m_options.frames == "-");
+    if (to_output > 1) {
+        throw CLI::ValidationError("-", "only one of --events, --video and --frames can go to standard output");
+    }
+}
+
 command detect_options_reader::read(int argc, const char* const* argv) {
-    const auto check = [this] {
-        if (m_options.source.empty()) throw CLI::ValidationError(m_source_name, "name the video to look at");
-        if (m_regions.size() > FD_MAX_CHANNELS)
-            throw CLI::ValidationError("--region", "at most 128 regions are possible");
-    };
     command result;
-    if (const auto exit_code = read_command_line(m_app, argc, argv, check)) {
+    if (const auto exit_code = read_command_line(m_app, argc, argv, [this] { check(); })) {
         result.exit_code = *exit_code;
     } else {
         result.detect = finished();
@@ -118,15 +297,26 @@ command detect_options_reader::read(int argc, const char* const* argv) {
 }  // namespace
 
 command parse_command_line(int argc, const char* const* argv) {
-    CLI::App app("Finds fire in a video and writes an annotated video, events and snapshots.", "orva-fire");
+    CLI::App app(k_purpose, "orva-fire");
     set_manners(app, k_footer + ("\n\nCommands, each with its own --help:\n" + list_of_commands()));
     return detect_options_reader(app, "VIDEO").read(argc, argv);
 }
 
 command parse_detect(int argc, const char* const* argv) {
-    CLI::App app("Finds fire in a video and writes an annotated video, events and snapshots.", "orva-fire detect");
+    CLI::App app(k_purpose, "orva-fire detect");
     set_manners(app, k_footer);
     return detect_options_reader(app, "SOURCE").read(argc, argv);
+}
+
+command parse_drill(int argc, const char* const* argv) {
+    CLI::App app(
+        "Fire drill: lays a synthetic flame over the pictures of a source and follows the event, which is marked as a "
+        "test, through every output.",
+        "orva-fire drill");
+    set_manners(app, k_drill_footer);
+    detect_options_reader reader(app, "SOURCE");
+    reader.add_drill();
+    return reader.read(argc, argv);
 }
 
 }  // namespace orva_fire

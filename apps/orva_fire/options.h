@@ -7,21 +7,40 @@
 #include <string>
 #include <vector>
 
+#include "apps/orva_fire/confirmation.h"
 #include "apps/orva_fire/geometry.h"
 #include "apps/orva_fire/library_output.h"
+#include "apps/orva_fire/open_source.h"
+#include "apps/orva_fire/tiling.h"
 
 namespace orva_fire {
 
 struct detect_options {
-    std::string source;
-    std::string folder = "orva-fire-out";
-    std::string events;           // file for the events, "-" for standard output; empty: events.jsonl in the folder
+    source_options source;
     std::vector<region> regions;  // empty: the whole picture
+    std::string zones;            // file of zones; empty: none
     std::optional<int> grade;     // 0 to 100; none: the library's own
+    tile_grid tiles;              // of every rectangle that is looked at
+    confirm_settings confirm;     // when reports become an event
+    double max_age = 0;           // seconds for which evidence is kept; 0: without limit
+    bool watch_trouble = true;    // say when the detector cannot see
     double rate = 0;              // pictures a second for the detector at most; 0: all
-    std::string library_log;      // empty: the library's lines are discarded
+
+    // Results; "-" for a file is standard output.
+    std::string folder = "orva-fire-out";
+    std::string video;        // empty: annotated.mp4 in the folder
+    std::string events;       // empty: events.jsonl in the folder
+    std::string frames;       // a line for each picture; empty: none
+    std::string library_log;  // empty: the library's lines are discarded
     int64_t library_log_limit = k_library_log_limit;
-    bool write_video = true;
+    bool write_video = true, write_events = true, write_snapshots = true;
+    std::optional<double> segment;     // seconds; none: the source's kind decides, 0: one file
+    std::optional<double> keep_hours;  // none: the source's kind decides, 0: for ever
+    std::string on_event;              // a command; empty: none
+    double on_event_timeout = 10;      // seconds
+
+    // A drill: a synthetic flame is laid over the pictures, and this many seconds are given for it to be reported.
+    std::optional<double> drill;
 };
 
 // What the command line asks for: a run, or (after help or a complaint was printed) the exit code to leave with.
@@ -34,6 +53,9 @@ struct command {
 // same. Help and version go to standard output, complaints to standard error.
 command parse_command_line(int argc, const char* const* argv);
 command parse_detect(int argc, const char* const* argv);
+
+// `orva-fire drill SOURCE ...`: the same options and one more.
+command parse_drill(int argc, const char* const* argv);
 
 }  // namespace orva_fire
 

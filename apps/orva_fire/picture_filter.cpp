@@ -87,8 +87,8 @@ bool has_odd_angle(const int32_t* matrix) {
     return !is_near(angle, 0) && !is_near(angle, 90) && !is_near(angle, 180) && !is_near(angle, 270);
 }
 
-picture_filter::picture_filter(AVRational time_base, std::string upright)
-    : m_time_base(time_base), m_upright(std::move(upright)) {}
+picture_filter::picture_filter(AVRational time_base, std::string upright, picture_size size)
+    : m_time_base(time_base), m_upright(std::move(upright)), m_size(size) {}
 
 picture_filter::layout picture_filter::layout_of(const AVFrame& picture) const {
     layout result;

@@ -21,7 +21,8 @@ bool has_odd_angle(const int32_t* matrix);
 class picture_filter {
 public:
     // time_base: of the pictures' time stamps. upright: from upright_filters.
-    picture_filter(AVRational time_base, std::string upright);
+    // size: of all pictures handed out; that of the first if it is empty.
+    picture_filter(AVRational time_base, std::string upright, picture_size size = {});
 
     // Takes one decoded picture with a time stamp.
     void push(frame_ptr picture);
@@ -52,7 +53,7 @@ private:
     const AVRational m_time_base;
     const std::string m_upright;
     layout m_layout;
-    picture_size m_size;  // of the first picture handed out; all others follow it
+    picture_size m_size;  // of all pictures handed out, once it is known
     bool m_interlaced_seen = false;
     graph_ptr m_graph;
     AVFilterContext* m_entry = nullptr;

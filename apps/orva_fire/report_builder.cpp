@@ -54,7 +54,7 @@ void report_builder::add(const fire_event& event, const AVFrame& picture_of_it, 
     shown->to = event.at.seconds;
     shown->largest = event.largest;
     shown->largest_at = event.largest_at.seconds;
-    shown->input_ended = event.kind == event_kind::end && event.input_ended;
+    shown->input_ended = event.kind == event_kind::end && event.ended == event_end::input_ended;
     if (static_cast<size_t>(shown - m_events.data()) < k_most_pictured) picture(*shown, event, picture_of_it);
 }
 

@@ -16,12 +16,6 @@ namespace {
 
 const int k_jpeg_quantiser = 3;  // 1 is best, 31 smallest
 
-std::string file_name(int id, const char* which) {
-    char name[64];
-    std::snprintf(name, sizeof name, "event-%04d-%s.jpg", id, which);
-    return name;
-}
-
 packet_ptr encode(const AVFrame& picture) {
     const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_MJPEG);
     if (!codec) throw io_error("this system's FFmpeg libraries have no JPEG encoder");
@@ -70,11 +64,18 @@ void jpeg_writer::write(const std::string& path, const AVFrame& picture) {
     save(path, *encode(*converted));
 }
 
-snapshot_taker::snapshot_taker(const std::string& folder) : m_folder(folder) {
+snapshot_taker::snapshot_taker(const std::string& folder, const std::string& run) : m_folder(folder), m_run(run) {
+    if (!run.empty()) return;
     const std::regex ours("event-[0-9]{4,}-(start|largest)\\.jpg");
     for (const auto& entry : std::filesystem::directory_iterator(folder)) {
         if (std::regex_match(entry.path().filename().string(), ours)) std::filesystem::remove(entry.path());
     }
+}
+
+std::string snapshot_taker::file_name(int id, const char* which) const {
+    char name[64];
+    std::snprintf(name, sizeof name, "%04d-%s.jpg", id, which);
+    return "event-" + (m_run.empty() ? "" : m_run + "-") + name;
 }
 
 std::string snapshot_taker::take(const fire_event& event, const frame_ptr& picture) {

@@ -24,14 +24,18 @@ private:
 // picture in memory for each open event.
 class snapshot_taker {
 public:
-    // Removes the pictures of an earlier run from the folder.
-    explicit snapshot_taker(const std::string& folder);
+    // run: stands in the names of a run whose pictures are kept beside those of others. Without it the pictures of an
+    // earlier run without one are removed from the folder.
+    explicit snapshot_taker(const std::string& folder, const std::string& run = "");
 
     // picture: painted. Returns the name of the file written for this event, or an empty text.
     std::string take(const fire_event& event, const frame_ptr& picture);
 
 private:
+    std::string file_name(int id, const char* which) const;
+
     const std::string m_folder;
+    const std::string m_run;
     jpeg_writer m_writer;
     std::map<int, frame_ptr> m_largest;  // by event id
 };

@@ -31,6 +31,9 @@ std::string summary_text(const run_summary& run) {
     append(text, "  speed     decode %.0f, convert %.0f, detect %.0f, draw and write %.0f frames/s\n",
            rate(run.frames, run.decode), rate(run.passed(), run.convert), rate(run.passed(), run.detect),
            rate(run.frames, run.output));
+    if (run.dropped > 0) {
+        append(text, "  too slow  %lld pictures of the camera were thrown away\n", static_cast<long long>(run.dropped));
+    }
     if (run.first_report) {
         append(text, "  events    %d, the first at %.2f s (frame %lld)\n", run.reports, run.first_report->seconds,
                static_cast<long long>(run.first_report->frame));

@@ -15,6 +15,7 @@ struct run_summary {
     int64_t frames = 0;    // read
     int64_t thinned = 0;   // left out by --fps
     int64_t repeated = 0;  // left out as repeats
+    int64_t dropped = 0;   // never read, because the program was too slow for the camera
     double video_seconds = 0;
     stopwatch decode, convert, detect, output, whole;
     int reports = 0;

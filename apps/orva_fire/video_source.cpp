@@ -1,31 +1,39 @@
 #include "apps/orva_fire/video_source.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
+#include <thread>
 #include <utility>
 
 #include "apps/orva_fire/colour.h"
 #include "apps/orva_fire/error.h"
 
+extern "C" {
+#include <libavutil/dict.h>
+}
+
 namespace orva_fire {
 namespace {
 
 const double k_fallback_rate = 25;
+const double k_highest_rate = 1000;  // what lies above is the unit of the time stamps, taken for a rate
 // Files state their length a little wrong; only what lacks more than both of these counts as cut short.
 const double k_missing_seconds = 1;
 const double k_missing_share = 0.05;
 
-void check_file(const std::string& path) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (!std::filesystem::exists(status)) throw io_error("'" + path + "' does not exist");
-    if (std::filesystem::is_directory(status)) throw io_error("'" + path + "' is a folder; give a video file");
-    if (std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0 && !error) {
-        throw io_error("'" + path + "' is empty");
+// Options that the libraries did not know are none that they need; the caller's are for one demuxer each.
+struct option_list {
+    explicit option_list(const std::map<std::string, std::string>& values) {
+        for (const auto& [name, value] : values) av_dict_set(&list, name.c_str(), value.c_str(), 0);
     }
-}
+    ~option_list() { av_dict_free(&list); }
+    option_list(const option_list&) = delete;
+    option_list& operator=(const option_list&) = delete;
+
+    AVDictionary* list = nullptr;
+};
 
 std::string at_seconds(double seconds) {
     char text[64];
@@ -35,55 +43,65 @@ std::string at_seconds(double seconds) {
 
 }  // namespace
 
-video_source::video_source(const std::string& path) : m_path(path), m_packet(new_packet()), m_decoded(new_frame()) {
+video_source::video_source(const std::string& path) : video_source(file_address(path)) {}
+
+video_source::video_source(const input_address& address, picture_size size)
+    : m_address(address), m_packet(new_packet()), m_decoded(new_frame()) {
     silence_messages();
-    check_file(path);
     open_container();
     open_decoder();
-    open_filter();
+    open_filter(size);
 }
 
 void video_source::open_container() {
-    AVFormatContext* input = nullptr;
-    const int opened = avformat_open_input(&input, file_url(m_path).c_str(), nullptr, nullptr);
+    AVFormatContext* input = avformat_alloc_context();
+    if (!input) throw std::bad_alloc();
+    if (m_address.prepare) m_address.prepare(*input);
+    const AVInputFormat* format = m_address.format.empty() ? nullptr : av_find_input_format(m_address.format.c_str());
+    option_list options(m_address.options);
+    const int opened = avformat_open_input(&input, m_address.url.c_str(), format, &options.list);
     if (opened < 0) {
         const char* hint = opened == AVERROR_INVALIDDATA ? "; it is no video, or it is damaged or cut short" : "";
-        throw io_error("cannot read '" + m_path + "': " + error_text(opened) + hint);
+        if (opened == AVERROR_HTTP_UNAUTHORIZED)
+            throw refused_error(m_address.name + " refused the user or the password");
+        throw io_error("cannot read " + m_address.name + ": " + error_text(opened) + hint);
     }
     m_input.reset(input);
     const int known = avformat_find_stream_info(input, nullptr);
-    if (known < 0) throw io_error("cannot read '" + m_path + "': " + error_text(known));
+    if (known < 0) throw io_error("cannot read " + m_address.name + ": " + error_text(known));
 }
 
 void video_source::open_decoder() {
     const AVCodec* codec = nullptr;
     const int index = av_find_best_stream(m_input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
-    if (index == AVERROR_DECODER_NOT_FOUND) throw io_error("'" + m_path + "': there is no decoder for its video");
-    if (index < 0) throw io_error("'" + m_path + "' has no video in it");
+    if (index == AVERROR_DECODER_NOT_FOUND) throw io_error(m_address.name + ": there is no decoder for its video");
+    if (index < 0) throw io_error(m_address.name + " has no video in it");
     // The other streams are read along and left aside: where they end belongs to the length that the file states.
     m_stream = m_input->streams[index];
 
     m_decoder.reset(avcodec_alloc_context3(codec));
     if (!m_decoder) throw std::bad_alloc();
     m_decoder->pkt_timebase = m_stream->time_base;
-    m_decoder->thread_count = 0;
+    // Decoding in several threads holds pictures back, as many as there are threads.
+    m_decoder->thread_count = m_address.live ? 1 : 0;
     int status = avcodec_parameters_to_context(m_decoder.get(), m_stream->codecpar);
     if (status >= 0) status = avcodec_open2(m_decoder.get(), codec, nullptr);
-    if (status < 0) throw io_error("cannot decode '" + m_path + "' (" + codec->name + "): " + error_text(status));
+    if (status < 0) throw io_error("cannot decode " + m_address.name + " (" + codec->name + "): " + error_text(status));
 }
 
-void video_source::open_filter() {
+void video_source::open_filter(picture_size size) {
     const uint8_t* data = av_stream_get_side_data(m_stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
     const auto* matrix = reinterpret_cast<const int32_t*>(data);
     if (has_odd_angle(matrix)) {
         m_warnings.push_back("the video asks to be turned by an angle that is no quarter turn; it is left as it is");
     }
-    m_filter = std::make_unique<picture_filter>(m_stream->time_base, upright_filters(matrix));
+    m_filter = std::make_unique<picture_filter>(m_stream->time_base, upright_filters(matrix), size);
 }
 
 double video_source::nominal_rate() const {
     const AVRational rate = av_guess_frame_rate(m_input.get(), m_stream, nullptr);
-    return rate.num > 0 && rate.den > 0 ? av_q2d(rate) : k_fallback_rate;
+    const bool known = rate.num > 0 && rate.den > 0 && av_q2d(rate) < k_highest_rate;
+    return known ? av_q2d(rate) : k_fallback_rate;
 }
 
 double video_source::duration() const {
@@ -140,7 +158,10 @@ void video_source::feed_decoder() {
     const int errors = demuxer_errors();
     const int read = av_read_frame(m_input.get(), m_packet.get());
     if (demuxer_errors() != errors) note_damage();
-    if (read == AVERROR(EAGAIN)) return;
+    if (read == AVERROR(EAGAIN)) {
+        wait_a_little();
+        return;
+    }
     if (read < 0) {
         end_of_packets(read);
         return;
@@ -153,6 +174,16 @@ void video_source::feed_decoder() {
         if (sent < 0) note_damage();
     }
     av_packet_unref(m_packet.get());
+}
+
+// A device that is not to be waited for has no picture yet.
+void video_source::wait_a_little() {
+    const AVIOInterruptCB& asked = m_input->interrupt_callback;
+    if (asked.callback && asked.callback(asked.opaque)) {
+        end_of_packets(AVERROR_EXIT);
+    } else {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
 }
 
 void video_source::end_of_packets(int status) {
@@ -227,7 +258,7 @@ std::string video_source::problem() const {
         text += "damaged at " + std::to_string(m_damaged) + (m_damaged == 1 ? " place" : " places") + ", first near " +
                 at_seconds(m_first_damage);
     }
-    return text.empty() ? text : "'" + m_path + "': " + text;
+    return text.empty() ? text : m_address.name + ": " + text;
 }
 
 void video_source::look_at_colour(const AVFrame& picture) {

@@ -1,4 +1,4 @@
-// Reads the pictures of a video file one after the other: upright, progressive, each with its time.
+// Reads the pictures of one video stream, mostly a file, one after the other: upright, progressive, each with its time.
 #ifndef ORVA_APPS_ORVA_FIRE_VIDEO_SOURCE_H
 #define ORVA_APPS_ORVA_FIRE_VIDEO_SOURCE_H
 
@@ -9,36 +9,25 @@
 
 #include "apps/orva_fire/ffmpeg.h"
 #include "apps/orva_fire/geometry.h"
+#include "apps/orva_fire/input_address.h"
 #include "apps/orva_fire/picture_filter.h"
+#include "apps/orva_fire/picture_source.h"
 
 namespace orva_fire {
 
-struct source_picture {
-    frame_ptr frame;
-    int64_t index = 0;   // counts every picture of the source from 0
-    double seconds = 0;  // since the first picture; strictly growing
-};
-
-class video_source {
+class video_source : public picture_source {
 public:
     // Opens a file. Throws io_error that names the file if there is no video to be read in it.
     explicit video_source(const std::string& path);
 
-    // Reads the next picture. False at the end, whether the file was whole or not: see problem().
-    // All pictures have the size of the first.
-    bool next(source_picture& picture);
+    // Opens any stream. size: of all pictures; of the first one if it is empty.
+    explicit video_source(const input_address& address, picture_size size = {});
 
-    // The length that the file states, in seconds; 0 if it states none.
-    double duration() const;
-
-    // Pictures a second that the file states; 25 if it states none.
-    double nominal_rate() const;
-
-    // After the end: what was wrong with the file, or empty if it was read whole.
-    std::string problem() const;
-
-    // Sentences that the user should see, gathered since the last call.
-    std::vector<std::string> take_warnings();
+    bool next(source_picture& picture) override;
+    double duration() const override;
+    double nominal_rate() const override;
+    std::string problem() const override;
+    std::vector<std::string> take_warnings() override;
 
 private:
     struct input_closer {
@@ -47,9 +36,10 @@ private:
 
     void open_container();
     void open_decoder();
-    void open_filter();
+    void open_filter(picture_size size);
     void feed_filter();
     void feed_decoder();
+    void wait_a_little();
     void end_of_packets(int status);
     void note_end(const AVPacket& packet);
     void note_damage();
@@ -59,7 +49,7 @@ private:
     void compare_with_stated(double stated, double held);
     void look_at_colour(const AVFrame& picture);
 
-    const std::string m_path;
+    const input_address m_address;
     std::unique_ptr<AVFormatContext, input_closer> m_input;
     AVStream* m_stream = nullptr;
     codec_ptr m_decoder;

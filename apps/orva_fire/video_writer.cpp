@@ -31,16 +31,27 @@ void video_writer::output_closer::operator()(AVFormatContext* output) const {
 
 void video_writer::check(int status, const char* what) const {
     if (status == AVERROR(ENOMEM)) throw std::bad_alloc();
-    if (status < 0) throw io_error("cannot write '" + m_path + "' (" + what + "): " + error_text(status));
+    if (status < 0) throw io_error("cannot write " + m_name + " (" + what + "): " + error_text(status));
 }
 
 video_writer::video_writer(const std::string& path, const AVFrame& like, const encoder_settings& settings)
-    : m_path(path), m_packet(new_packet()) {
+    : m_name("'" + path + "'"), m_stream_out(false), m_packet(new_packet()) {
+    start("mp4", file_url(path), like, settings);
+}
+
+video_writer::video_writer(int descriptor, const std::string& name, const AVFrame& like,
+                           const encoder_settings& settings)
+    : m_name(name), m_stream_out(true), m_packet(new_packet()) {
+    start("matroska", "pipe:" + std::to_string(descriptor), like, settings);
+}
+
+void video_writer::start(const char* container, const std::string& url, const AVFrame& like,
+                         const encoder_settings& settings) {
     AVFormatContext* output = nullptr;
-    check(avformat_alloc_output_context2(&output, nullptr, "mp4", file_url(path).c_str()), "container");
+    check(avformat_alloc_output_context2(&output, nullptr, container, url.c_str()), "container");
     m_output.reset(output);
     open_encoder(like, settings);
-    open_file();
+    open_file(url);
 }
 
 void video_writer::open_encoder(const AVFrame& like, const encoder_settings& settings) {
@@ -67,6 +78,7 @@ void video_writer::open_encoder(const AVFrame& like, const encoder_settings& set
     // Other encoders than x264 do not know these names; their defaults will do.
     (void)av_opt_set(encoder->priv_data, "preset", settings.preset, 0);
     (void)av_opt_set_double(encoder->priv_data, "crf", settings.quality, 0);
+    if (m_stream_out) (void)av_opt_set(encoder->priv_data, "tune", "zerolatency", 0);
     check(avcodec_open2(encoder, codec, nullptr), "encoder");
 
     check(avcodec_parameters_from_context(m_stream->codecpar, encoder), "container");
@@ -75,10 +87,14 @@ void video_writer::open_encoder(const AVFrame& like, const encoder_settings& set
     m_stream->sample_aspect_ratio = like.sample_aspect_ratio;
 }
 
-void video_writer::open_file() {
-    check(avio_open(&m_output->pb, file_url(m_path).c_str(), AVIO_FLAG_WRITE), "open");
+void video_writer::open_file(const std::string& url) {
+    check(avio_open(&m_output->pb, url.c_str(), AVIO_FLAG_WRITE), "open");
+    // What is coded reaches the file or the player at once.
+    m_output->flags |= AVFMT_FLAG_FLUSH_PACKETS;
     AVDictionary* options = nullptr;
-    check(av_dict_set(&options, "movflags", "+faststart", 0), "options");
+    check(av_dict_set(&options, "movflags", "+frag_keyframe+delay_moov+default_base_moof", 0), "options");
+    check(av_dict_set(&options, "live", "1", 0), "options");
+    check(av_dict_set(&options, "cluster_time_limit", "100", 0), "options");
     const int status = avformat_write_header(m_output.get(), &options);
     av_dict_free(&options);
     check(status, "header");

@@ -1,4 +1,5 @@
-// Writes yuv420p pictures as H.264 in an mp4 file that plays while it is still being loaded.
+// Writes yuv420p pictures as H.264: into an mp4 file of fragments, which plays while it is still being loaded or
+// written and holds what came before if it is cut, or as a stream for a player.
 #ifndef ORVA_APPS_ORVA_FIRE_VIDEO_WRITER_H
 #define ORVA_APPS_ORVA_FIRE_VIDEO_WRITER_H
 
@@ -22,6 +23,10 @@ public:
     // Throws io_error that names the file.
     video_writer(const std::string& path, const AVFrame& like, const encoder_settings& settings);
 
+    // A Matroska stream, coded without delay, into a descriptor that stays open and belongs to the caller.
+    // name: for messages.
+    video_writer(int descriptor, const std::string& name, const AVFrame& like, const encoder_settings& settings);
+
     // Adds one picture. seconds: growing from picture to picture.
     void write(const AVFrame& picture, double seconds);
 
@@ -37,12 +42,14 @@ private:
         void operator()(AVFormatContext* output) const;
     };
 
+    void start(const char* container, const std::string& url, const AVFrame& like, const encoder_settings& settings);
     void open_encoder(const AVFrame& like, const encoder_settings& settings);
-    void open_file();
+    void open_file(const std::string& url);
     void write_packets();
     void check(int status, const char* what) const;
 
-    std::string m_path;
+    const std::string m_name;  // for messages
+    const bool m_stream_out;
     std::unique_ptr<AVFormatContext, output_closer> m_output;
     AVStream* m_stream = nullptr;
     codec_ptr m_encoder;

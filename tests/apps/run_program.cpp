@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,6 +12,8 @@
 #include <cerrno>
 #include <sstream>
 #include <stdexcept>
+
+#include "tests/apps/seen_events.h"
 
 extern char** environ;
 
@@ -43,7 +46,8 @@ pid_t spawn(const std::vector<std::string>& command, const program_setting& sett
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     if (!setting.folder.empty()) posix_spawn_file_actions_addchdir_np(&actions, setting.folder.c_str());
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    const char* input = setting.input.empty() ? "/dev/null" : setting.input.c_str();
+    posix_spawn_file_actions_addopen(&actions, 0, input, O_RDONLY, 0);
     if (setting.closed_output) {
         posix_spawn_file_actions_addclose(&actions, 1);
     } else {
@@ -53,8 +57,12 @@ pid_t spawn(const std::vector<std::string>& command, const program_setting& sett
     std::vector<char*> arguments;
     for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
+    std::vector<char*> variables;
+    for (char** entry = environ; *entry; ++entry) variables.push_back(*entry);
+    for (const std::string& entry : setting.environment) variables.push_back(const_cast<char*>(entry.c_str()));
+    variables.push_back(nullptr);
     pid_t child = -1;
-    const int status = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
+    const int status = posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), variables.data());
     posix_spawn_file_actions_destroy(&actions);
     check(status == 0, arguments[0]);
     return child;
@@ -69,12 +77,34 @@ bool read_some(int descriptor, std::string& text) {
     return true;
 }
 
-void read_both(int output, int errors, program_result& result) {
+// Sends a signal once a text was said.
+class reminder {
+public:
+    reminder(const program_setting& setting, pid_t child) : m_setting(setting), m_child(child) {}
+
+    void look_at(const program_result& result) {
+        if (m_sent || m_setting.until.empty()) return;
+        if (result.output.find(m_setting.until) == std::string::npos &&
+            result.errors.find(m_setting.until) == std::string::npos) {
+            return;
+        }
+        m_sent = true;
+        kill(m_child, m_setting.signal);
+    }
+
+private:
+    const program_setting& m_setting;
+    const pid_t m_child;
+    bool m_sent = false;
+};
+
+void read_both(int output, int errors, program_result& result, reminder signal) {
     std::array<pollfd, 2> waiting{{{output, POLLIN, 0}, {errors, POLLIN, 0}}};
     while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
         if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) return;
         if (waiting[0].revents && !read_some(output, result.output)) waiting[0].fd = -1;
         if (waiting[1].revents && !read_some(errors, result.errors)) waiting[1].fd = -1;
+        signal.look_at(result);
     }
 }
 
@@ -88,16 +118,18 @@ program_result run_program(const std::vector<std::string>& command, const progra
     close(errors.write);
     program_result result;
     if (setting.reader_goes_away) close(output.read);
-    read_both(setting.reader_goes_away ? -1 : output.read, errors.read, result);
+    read_both(setting.reader_goes_away ? -1 : output.read, errors.read, result, reminder(setting, child));
     if (!setting.reader_goes_away) close(output.read);
     close(errors.read);
     int status = 0;
     check(waitpid(child, &status, 0) == child, "waitpid");
     if (WIFEXITED(status)) result.exit_code = WEXITSTATUS(status);
+    keep_events(result.output);
     return result;
 }
 
 std::vector<nlohmann::json> json_lines(const std::string& text) {
+    keep_events(text);
     std::vector<nlohmann::json> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) lines.push_back(nlohmann::json::parse(line));

@@ -19,6 +19,10 @@ struct program_setting {
     bool error_terminal = false;    // standard error is a terminal
     bool closed_output = false;     // the program starts without descriptor 1
     bool reader_goes_away = false;  // nobody reads standard output
+    std::string input;              // file for standard input; empty: /dev/null
+    std::string until;  // once this was said, on either output, the program is sent the signal; empty: never
+    int signal = 15;    // SIGTERM
+    std::vector<std::string> environment;  // NAME=value, added to the caller's
 };
 
 program_result run_program(const std::vector<std::string>& command, const program_setting& setting = {});

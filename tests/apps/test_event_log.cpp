@@ -24,22 +24,33 @@ fire_event event_of(event_kind kind) {
     return event;
 }
 
+event_context context_of(const char* zone, const char* snapshot = "") {
+    event_context context;
+    context.camera = "gate";
+    context.zone = zone;
+    context.grade = 70;
+    context.picture = {640, 360};
+    context.snapshot = snapshot;
+    return context;
+}
+
 TEST(event_line, at_the_start_is_this) {
-    EXPECT_EQ(event_line(event_of(event_kind::start), "picture", {640, 360}, "event-0003-start.jpg"),
-              R"({"schema":1,"event":"start","id":3,"zone":"picture","frame":157,"seconds":6.28,)"
-              R"("boxes":[{"x":18,"y":36,"width":55,"height":74,)"
-              R"("per_mille":{"x":28,"y":100,"width":86,"height":206}}],"snapshot":"event-0003-start.jpg"})");
+    EXPECT_EQ(
+        event_line(event_of(event_kind::start), context_of("picture", "event-0003-start.jpg")),
+        R"({"schema":1,"event":"start","id":3,"camera":"gate","zone":"picture","grade":70,"frame":157,"seconds":6.28,)"
+        R"("boxes":[{"x":18,"y":36,"width":55,"height":74,)"
+        R"("per_mille":{"x":28,"y":100,"width":86,"height":206}}],"snapshot":"event-0003-start.jpg"})");
 }
 
 TEST(event_line, of_an_update_has_no_snapshot) {
-    const auto line = nlohmann::json::parse(event_line(event_of(event_kind::update), "picture", {640, 360}, ""));
+    const auto line = nlohmann::json::parse(event_line(event_of(event_kind::update), context_of("picture")));
     EXPECT_EQ(line["event"], "update");
     EXPECT_FALSE(line.contains("snapshot"));
     EXPECT_FALSE(line.contains("started"));
 }
 
 TEST(event_line, at_the_end_tells_the_whole_story) {
-    const auto line = nlohmann::json::parse(event_line(event_of(event_kind::end), "region 2", {640, 360}, "x.jpg"));
+    const auto line = nlohmann::json::parse(event_line(event_of(event_kind::end), context_of("region 2", "x.jpg")));
     EXPECT_EQ(line["zone"], "region 2");
     EXPECT_EQ(line["reason"], "gone");
     EXPECT_EQ(line["started"], (nlohmann::json{{"frame", 145}, {"seconds", 5.8}}));
@@ -51,8 +62,8 @@ TEST(event_line, at_the_end_tells_the_whole_story) {
 
 TEST(event_line, at_the_end_of_the_input_says_so) {
     fire_event event = event_of(event_kind::end);
-    event.input_ended = true;
-    EXPECT_EQ(nlohmann::json::parse(event_line(event, "picture", {640, 360}, ""))["reason"], "input ended");
+    event.ended = event_end::input_ended;
+    EXPECT_EQ(nlohmann::json::parse(event_line(event, context_of("picture")))["reason"], "input ended");
 }
 
 TEST(event_log, writes_each_line_through_at_once) {

@@ -79,7 +79,7 @@ TEST(event_tracker, ends_a_report_with_what_was_reported_last) {
     EXPECT_EQ(event->started.frame, 50);
     EXPECT_EQ(event->boxes, (std::vector<box>{k_large, k_small}));
     EXPECT_FALSE(event->grew);
-    EXPECT_FALSE(event->input_ended);
+    EXPECT_EQ(event->ended, event_end::gone);
     EXPECT_FALSE(tracker.observe(0, {74, 2.96}, {}));
 }
 
@@ -106,7 +106,7 @@ TEST(event_tracker, ends_what_is_open_when_the_input_ends) {
     EXPECT_EQ(events[1].zone, 2u);
     for (const fire_event& event : events) {
         EXPECT_EQ(event.kind, event_kind::end);
-        EXPECT_TRUE(event.input_ended);
+        EXPECT_EQ(event.ended, event_end::input_ended);
         EXPECT_EQ(event.at.frame, 99);
     }
     EXPECT_TRUE(tracker.finish({99, 3.96}).empty());

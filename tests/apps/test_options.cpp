@@ -22,7 +22,7 @@ command parse(std::vector<const char*> words) {
 TEST(options, have_these_defaults) {
     const command got = parse({"a.mp4"});
     ASSERT_TRUE(got.detect);
-    EXPECT_EQ(got.detect->source, "a.mp4");
+    EXPECT_EQ(got.detect->source.text, "a.mp4");
     EXPECT_EQ(got.detect->folder, "orva-fire-out");
     EXPECT_EQ(got.detect->events, "");
     EXPECT_TRUE(got.detect->regions.empty());
@@ -36,7 +36,7 @@ TEST(options, are_all_read) {
     const command got = parse({"-o", "out", "--events", "-", "--region", "1,2,30,40", "--region", "5%,6%,7%,8%",
                                "--grade", "0", "--fps", "12.5", "--library-log", "log", "--no-video", "a.mp4"});
     ASSERT_TRUE(got.detect);
-    EXPECT_EQ(got.detect->source, "a.mp4");
+    EXPECT_EQ(got.detect->source.text, "a.mp4");
     EXPECT_EQ(got.detect->folder, "out");
     EXPECT_EQ(got.detect->events, "-");
     ASSERT_EQ(got.detect->regions.size(), 2u);
@@ -54,14 +54,14 @@ TEST(options, keep_the_video_apart_from_a_region_before_it) {
     const command got = parse({"--region", "1,2,30,40", "a.mp4"});
     ASSERT_TRUE(got.detect);
     EXPECT_EQ(got.detect->regions.size(), 1u);
-    EXPECT_EQ(got.detect->source, "a.mp4");
+    EXPECT_EQ(got.detect->source.text, "a.mp4");
 }
 
 TEST(options, of_detect_are_those_of_the_short_form) {
     const char* words[] = {"detect", "a.mp4", "--grade", "85"};
     const command got = parse_detect(4, words);
     ASSERT_TRUE(got.detect);
-    EXPECT_EQ(got.detect->source, "a.mp4");
+    EXPECT_EQ(got.detect->source.text, "a.mp4");
     EXPECT_EQ(got.detect->grade, 85);
 }
 
@@ -73,7 +73,7 @@ TEST(options, can_stand_in_a_file_and_the_command_line_wins) {
                           "region = [\"0,0,50%,100%\", \"50%,0,50%,100%\"]\n");
     const command got = parse({"--config", file.c_str(), "--fps", "5"});
     ASSERT_TRUE(got.detect);
-    EXPECT_EQ(got.detect->source, "a b.mp4");
+    EXPECT_EQ(got.detect->source.text, "a b.mp4");
     EXPECT_EQ(got.detect->grade, 85);
     EXPECT_EQ(got.detect->rate, 5);
     EXPECT_FALSE(got.detect->write_video);

@@ -119,6 +119,7 @@ TEST_P(failing, ends_with_its_code_and_says_why) {
     (void)calm_clip(folder);
     write_file(folder.file("empty.mp4"), "");
     write_file(folder.file("text.mp4"), "no video at all\n");
+    fs::create_directory(folder.file("nothing"));
     std::vector<std::string> words = GetParam().words;
     for (std::string& word : words) {
         if (word[0] == '@') word = folder.path() + word.substr(1);
@@ -144,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
         error_row{{"results over the video"}, {"@/calm.mkv", "--events", "@/./calm.mkv"}, 2, "the video itself"},
         error_row{{"a log over the video"}, {"@/calm.mkv", "--library-log", "calm.mkv"}, 2, "the video itself"},
         error_row{{"a missing video"}, {"@/missing.mp4"}, 3, "does not exist"},
-        error_row{{"a folder for a video"}, {"@/"}, 3, "is a folder"},
+        error_row{{"a folder without videos"}, {"@/nothing"}, 3, "holds no videos"},
         error_row{{"an empty video"}, {"@/empty.mp4"}, 3, "is empty"},
         error_row{{"a text for a video"}, {"@/text.mp4"}, 3, "text.mp4"},
         error_row{{"a folder that cannot be made"}, {"@/calm.mkv", "-o", "@/text.mp4/out"}, 3, "text.mp4/out"},
@@ -276,7 +277,7 @@ TEST(orva_fire, keeps_the_librarys_lines_in_a_file) {
 TEST(orva_fire, ends_the_librarys_file_at_its_limit_while_it_runs) {
     const temporary_folder folder;
     orva_fire::detect_options options;
-    options.source = steady_clip(folder);
+    options.source.text = steady_clip(folder);
     options.folder = folder.file("out");
     options.library_log = folder.file("log");
     options.library_log_limit = 60;
