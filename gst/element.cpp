@@ -278,21 +278,21 @@ gboolean stop(GstBaseTransform* base) {
     return TRUE;
 }
 
-void set_property(GObject* object, guint id, const GValue* value, GParamSpec* spec) {
+void set_property(GObject* object, guint id, const GValue* value, GParamSpec* pspec) {
     element_state& state = state_of(object);
     GST_OBJECT_LOCK(object);
     const bool known = set_value(state.values, id, value);
     // Whether boxes are drawn has no influence on what is found.
     if (id != k_property_draw) state.values_changed = true;
     GST_OBJECT_UNLOCK(object);
-    if (!known) G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    if (!known) G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
 }
 
-void get_property(GObject* object, guint id, GValue* value, GParamSpec* spec) {
+void get_property(GObject* object, guint id, GValue* value, GParamSpec* pspec) {
     GST_OBJECT_LOCK(object);
     const bool known = get_value(state_of(object).values, id, value);
     GST_OBJECT_UNLOCK(object);
-    if (!known) G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+    if (!known) G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
 }
 
 void finalize(GObject* object) {

@@ -79,14 +79,14 @@ TEST(properties, return_what_was_set) {
 TEST(properties, are_all_documented) {
     const element_harness harness;
     guint count = 0;
-    GParamSpec** specs = g_object_class_list_properties(G_OBJECT_GET_CLASS(harness.element()), &count);
+    GParamSpec** pspecs = g_object_class_list_properties(G_OBJECT_GET_CLASS(harness.element()), &count);
     int own = 0;
     for (guint i = 0; i < count; ++i) {
-        if (specs[i]->owner_type != G_OBJECT_TYPE(harness.element())) continue;
+        if (pspecs[i]->owner_type != G_OBJECT_TYPE(harness.element())) continue;
         ++own;
-        EXPECT_GT(std::string(g_param_spec_get_blurb(specs[i])).size(), 30u) << specs[i]->name;
+        EXPECT_GT(std::string(g_param_spec_get_blurb(pspecs[i])).size(), 30u) << pspecs[i]->name;
     }
-    g_free(specs);
+    g_free(pspecs);
     EXPECT_EQ(own, 8);
 }
 
