@@ -64,7 +64,7 @@ int least_grade(int matched) {
 }
 
 // The channel, and the observer that fills the record of the picture in work.
-class evidence_channel::inner : public orva_fd::analysis_observer {
+class evidence_channel::inner final : public orva_fd::analysis_observer {
 public:
     inner() { open(); }
     ~inner() { close(); }
