@@ -17,6 +17,7 @@
 #include "apps/orva_fire/detector.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/library_output.h"
+#include "apps/orva_fire/look_options.h"
 #include "apps/orva_fire/scaler.h"
 #include "apps/orva_fire/video_source.h"
 #include "apps/orva_fire/video_writer.h"
@@ -143,7 +144,7 @@ struct clip_answer {
     box first_box;
 };
 
-// One whole-picture channel on a clip, with the decoding.
+// A clip with the options that detect has if none are given, with the decoding.
 clip_answer look_at(const std::string& clip) {
     clip_answer answer;
     const double start = processor_seconds();
@@ -155,7 +156,7 @@ clip_answer look_at(const std::string& clip) {
         answer.size = {picture.frame->width, picture.frame->height};
         if (!watcher) {
             watcher = std::make_unique<zone_watcher>(std::vector<box>{{0, 0, answer.size.width, answer.size.height}},
-                                                     watch_settings());
+                                                     watch_settings_of(look_options()));
         }
         const zone_answer seen = watcher->observe(*picture.frame, picture.seconds, converting, detecting);
         ++answer.load.pictures;
@@ -240,7 +241,7 @@ int run_check() {
     }
     print_cameras(near, processors);
     print_cameras(far, processors);
-    std::printf("           one channel each, decoding included, without annotated video\n");
+    std::printf("           with the options that detect has by default, decoding included, without annotated video\n");
     std::fflush(stdout);
     return found ? k_exit_nothing : k_exit_io;
 }

@@ -9,6 +9,7 @@
 #include "apps/orva_fire/commands.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/event_command.h"
+#include "apps/orva_fire/look_options.h"
 
 namespace orva_fire {
 namespace {
@@ -59,17 +60,6 @@ std::string check_region(const std::string& text) {
     return complaint_of(parse_region, text);
 }
 
-std::string check_tiles(const std::string& text) {
-    return complaint_of(parse_tiles, text);
-}
-
-// Evidence for a report takes 50 pictures; ages below a few seconds would make every report impossible.
-std::string check_max_age(const std::string& text) {
-    double seconds = 0;
-    if (CLI::detail::lexical_cast(text, seconds) && (seconds == 0 || (seconds >= 5 && seconds <= 86400))) return {};
-    return "an age is 0, or 5 to 86400 seconds, not '" + text + "'";
-}
-
 std::string check_command(const std::string& text) {
     return complaint_of(split_command, text);
 }
@@ -108,7 +98,7 @@ private:
     const std::string m_source_name;
     detect_options m_options;
     std::vector<std::string> m_regions;
-    std::string m_tiles;
+    look_options m_look;
     bool m_no_trouble = false;
     bool m_no_video = false, m_no_events = false, m_no_snapshots = false;
 };
@@ -215,45 +205,18 @@ void detect_options_reader::add_detector() {
                     "look in the zones of this JSON file: named, each of one or several rectangles, with grades of "
                     "their own")
         ->type_name("FILE");
-    m_app
-        .add_option("--tiles", m_tiles,
-                    "cover what is looked at with overlapping tiles, COLUMNSxROWS, or auto for tiles of about 640x360; "
-                    "small fires are found that are lost otherwise, at the cost of a channel for each tile")
-        ->type_name("GRID")
-        ->check(CLI::Validator(check_tiles, ""));
-    m_app
-        .add_option("--confirm", m_options.confirm.seconds,
-                    "an event begins when new reports have covered this much of the last time, four times as long; 0: "
-                    "with the first report")
-        ->capture_default_str()
-        ->type_name("SECONDS")
-        ->check(CLI::Validator(CLI::Range(0.0, 600.0)).description(""));
-    m_app.add_option("--cooldown", m_options.confirm.cooldown, "an event ends when nothing was reported for this long")
-        ->capture_default_str()
-        ->type_name("SECONDS")
-        ->check(CLI::Validator(CLI::Range(0.0, 86400.0)).description(""));
-    m_app
-        .add_option("--max-age", m_options.max_age,
-                    "forget evidence that is older, at the cost of a second channel; 0: never")
-        ->capture_default_str()
-        ->type_name("SECONDS")
-        ->check(CLI::Validator(check_max_age, ""));
     m_app.add_flag("--no-trouble", m_no_trouble, "do not say when the detector cannot see");
-    m_app
-        .add_option("--grade", m_options.grade,
-                    "sensitivity, 0 to 100; higher reports after less evidence (default: as 70)")
-        ->type_name("GRADE")
-        ->check(CLI::Validator(CLI::Range(0, 100)).description(""));
-    m_app
-        .add_option("--fps", m_options.rate, "pass at most this many pictures a second to the detector, by time stamps")
-        ->type_name("RATE")
-        ->check(CLI::Validator(check_rate, ""));
+    add_look_options(m_app, m_look);
 }
 
 detect_options detect_options_reader::finished() const {
     detect_options options = m_options;
     for (const std::string& text : m_regions) options.regions.push_back(parse_region(text));
-    if (!m_tiles.empty()) options.tiles = parse_tiles(m_tiles);
+    options.grade = m_look.grade;
+    options.rate = m_look.rate;
+    options.tiles = parse_tiles(m_look.tiles);
+    options.confirm = {m_look.confirm, m_look.cooldown};
+    options.max_age = m_look.max_age;
     options.watch_trouble = !m_no_trouble;
     options.write_video = !m_no_video;
     options.write_events = !m_no_events;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/orva_fire/aged_channel.h"
 #include "apps/orva_fire/confirmation.h"
 #include "apps/orva_fire/geometry.h"
 #include "apps/orva_fire/library_output.h"
@@ -17,14 +18,14 @@ namespace orva_fire {
 
 struct detect_options {
     source_options source;
-    std::vector<region> regions;  // empty: the whole picture
-    std::string zones;            // file of zones; empty: none
-    std::optional<int> grade;     // 0 to 100; none: the library's own
-    tile_grid tiles;              // of every rectangle that is looked at
-    confirm_settings confirm;     // when reports become an event
-    double max_age = 0;           // seconds for which evidence is kept; 0: without limit
-    bool watch_trouble = true;    // say when the detector cannot see
-    double rate = 0;              // pictures a second for the detector at most; 0: all
+    std::vector<region> regions;                                         // empty: the whole picture
+    std::string zones;                                                   // file of zones; empty: none
+    std::optional<int> grade;                                            // 0 to 100; none: the library's own
+    tile_grid tiles = {1, 1, true};                                      // of every rectangle that is looked at
+    confirm_settings confirm = {k_default_confirm, k_default_cooldown};  // when reports become an event
+    double max_age = k_default_max_age;  // seconds for which evidence is kept; 0: without limit
+    bool watch_trouble = true;           // say when the detector cannot see
+    double rate = 0;                     // pictures a second for the detector at most; 0: all
 
     // Results; "-" for a file is standard output.
     std::string folder = "orva-fire-out";

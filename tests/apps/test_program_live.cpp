@@ -321,9 +321,9 @@ TEST(orva_fire_drill, follows_a_test_event_through_every_output) {
     write_file(folder.file("zones.json"),
                R"({"zones": [{"name": "left", "rectangles": [{"x": 0, "y": 0, "width": "50%", "height": "100%"}]}]})");
     const std::string clip = calm_clip(folder);
-    const program_result result =
-        run_program({ORVA_FIRE_PROGRAM, "drill", clip, "-o", folder.file("out"), "--zones", folder.file("zones.json"),
-                     "--on-event-timeout", "60", "--on-event", "sh -c 'cat >> \"$0\"' " + folder.file("got")});
+    const program_result result = run_program({ORVA_FIRE_PROGRAM, "drill", clip, "-o", folder.file("out"), "--zones",
+                                               folder.file("zones.json"), "--cooldown", "0", "--on-event-timeout", "60",
+                                               "--on-event", "sh -c 'cat >> \"$0\"' " + folder.file("got")});
     EXPECT_EQ(result.exit_code, 0) << result.errors;
     EXPECT_TRUE(says(result, "the drill passed")) << result.errors;
     const auto events = json_lines(read_file(folder.file("out/events.jsonl")));
