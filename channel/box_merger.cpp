@@ -214,7 +214,7 @@ std::size_t box_merger::absorb_until_growing(std::size_t probe) {
 void box_merger::measure_block(std::size_t probe) {
     const int count = static_cast<int>(k_block);
     m_least = closeness_row(m_open_columns.from(m_from * k_block), probe_of(m_settled[probe]), m_close.data(), count);
-    m_close_bits = foreground_bits(m_close.data(), count);
+    m_close_bits = bits_of_flags(m_close.data(), count);
     m_measured = m_from;
 }
 

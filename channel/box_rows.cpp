@@ -69,8 +69,7 @@ probe_box frame_row(const box_columns& boxes, int count) {
 }
 
 // A box inside a frame is at least as far away as the frame, and no limit exceeds the farthest, so only distance can
-// shrink: by one for each pixel.
-ORVA_ROW_FUNCTION
+// shrink: by one for each pixel. Rarely asked: one version is enough.
 void wake_row(const box_columns& frames, probe_box probe, int* wake, int count) {
     const short* left = frames.left;
     const short* right = frames.right;

@@ -1,4 +1,4 @@
-// Bytes to bits: one bit for each byte that is not zero, to find those bytes without looking at each.
+// Flags in bytes, as row functions write them, to bits, which are looked at without a loop over all.
 #ifndef ORVA_FD_IMGPROC_BITS_H
 #define ORVA_FD_IMGPROC_BITS_H
 
@@ -17,22 +17,10 @@ inline uint64_t load_bytes(const unsigned char* bytes) {
     return word;
 }
 
-// One bit for each of eight bytes, set where the byte is not zero. The addition carries into a byte's top bit if any of
-// its lower seven is set; the product gathers the eight bits in the top byte.
-inline uint64_t non_zero_bits(uint64_t word) {
-    const uint64_t low_bits = 0x7f7f7f7f7f7f7f7fu;
-    const uint64_t ones = ((((word & low_bits) + low_bits) | word) >> 7) & 0x0101010101010101u;
-    return (ones * 0x0102040810204080u) >> 56;
-}
-
-// The bits of up to 64 bytes.
-inline uint64_t foreground_bits(const unsigned char* row, int count) {
+// One bit for each of up to 64 flags of 0 or 1, a multiple of eight; the product gathers eight of them in the top byte.
+inline uint64_t bits_of_flags(const unsigned char* flags, int count) {
     uint64_t bits = 0;
-    int x = 0;
-    for (; x + 8 <= count; x += 8) {
-        bits |= non_zero_bits(load_bytes(row + x)) << x;
-    }
-    for (; x < count; ++x) bits |= static_cast<uint64_t>(row[x] != 0) << x;
+    for (int i = 0; i < count; i += 8) bits |= (load_bytes(flags + i) * 0x0102040810204080u) >> 56 << i;
     return bits;
 }
 

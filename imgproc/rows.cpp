@@ -1,5 +1,7 @@
 #include "imgproc/rows.h"
 
+#include "imgproc/bits.h"
+
 namespace orva_fd {
 
 namespace {
@@ -56,47 +58,24 @@ void excess_row(const unsigned char* a, const unsigned char* b, unsigned char* d
 }
 
 // Compilers know the processor's instruction for a sum of absolute differences, but only between two rows of bytes: so
-// sums of bytes are taken against a row of zeros.
+// the columns are summed against a row of zeros.
 ORVA_ROW_FUNCTION
-void add_capped_sums(const unsigned char* stack, capped_sums* sums) {
-#if defined(__SSE2__) || defined(__ARM_NEON)
+uint32_t sum_held(const unsigned char* stack, int cap) {
+    const unsigned char limit = static_cast<unsigned char>(cap);
     unsigned char zeros[k_widest_row];
     unsigned char column[k_widest_row];
-    for (int x = 0; x < k_widest_row; ++x) zeros[x] = 0;
-    for (int i = 0; i < k_caps; ++i) {
-        const unsigned char cap = static_cast<unsigned char>(i + 1);
-        for (int x = 0; x < k_widest_row; ++x) {
-            unsigned char sum = 0;
-            for (int row = 0; row < k_stack_rows; ++row) {
-                const unsigned char byte = stack[row * k_widest_row + x];
-                sum = static_cast<unsigned char>(sum + (byte < cap ? byte : cap));
-            }
-            column[x] = sum;
+    for (int x = 0; x < k_widest_row; ++x) {
+        unsigned char sum = 0;
+        for (int row = 0; row < k_stack_rows; ++row) {
+            const unsigned char byte = stack[row * k_widest_row + x];
+            sum = static_cast<unsigned char>(sum + (byte < limit ? byte : limit));
         }
-        uint32_t held = 0;
-        for (int x = 0; x < k_widest_row; ++x) held += distance_sum(column[x], zeros[x]);
-        sums->held[i] += held;
+        column[x] = sum;
+        zeros[x] = 0;
     }
     uint32_t all = 0;
-    for (int first = 0; first < k_stack_rows * k_widest_row; first += k_widest_row) {
-        for (int x = 0; x < k_widest_row; ++x) all += distance_sum(stack[first + x], zeros[x]);
-    }
-    sums->all += all;
-#else
-    add_capped_sums_counted(stack, sums);
-#endif
-}
-
-// Of a byte, one is held for each cap that it reaches, and for each lower one.
-void add_capped_sums_counted(const unsigned char* stack, capped_sums* sums) {
-    uint32_t histogram[256] = {};
-    for (int i = 0; i < k_stack_rows * k_widest_row; ++i) ++histogram[stack[i]];
-    uint32_t reached = 0;
-    for (uint32_t byte = 255; byte > 0; --byte) {
-        reached += histogram[byte];
-        sums->all += reached;
-        for (uint32_t i = byte - 1; i < static_cast<uint32_t>(k_caps); ++i) sums->held[i] += reached;
-    }
+    for (int x = 0; x < k_widest_row; ++x) all += distance_sum(column[x], zeros[x]);
+    return all;
 }
 
 ORVA_ROW_FUNCTION
@@ -129,18 +108,32 @@ void add_bright_row(const unsigned char* luma, const unsigned char* mask, int wi
     }
 }
 
-// The three rows are joined first: the columns then need two more steps instead of eight. Done in stretches that fit a
-// small buffer, since images that are dilated alone may have any width.
 ORVA_ROW_FUNCTION
-void dilate_row(const unsigned char* above, const unsigned char* row, const unsigned char* below, unsigned char* dst,
-                int width) {
+void bits_row(const unsigned char* row, int width, uint64_t* bits) {
+    unsigned char flags[k_widest_bits];
+    for (int x = 0; x < width; ++x) flags[x] = row[x] != 0 ? 1 : 0;
+    for (int x = width; x < k_widest_bits; ++x) flags[x] = 0;
+    for (int word = 0; word < k_bit_words; ++word) bits[word] = bits_of_flags(flags + 64 * word, 64);
+}
+
+// The three rows are joined first: the columns then need two more steps instead of eight. Done in stretches that fit a
+// small buffer, since images that are dilated alone may have any width. Neighbours are read through pointers of their
+// own: of one pointer at three places, Clang carries bytes from column to column, which is no vector loop.
+ORVA_ROW_FUNCTION
+void dilate_row(const unsigned char* above, const unsigned char* row, const unsigned char* below,
+                unsigned char* __restrict dst, int width) {
     unsigned char any[k_widest_row];
+    const unsigned char* left = any;
+    const unsigned char* middle = any + 1;
+    const unsigned char* right = any + 2;
     for (int first = 0; first < width - 3; first += k_widest_row - 2) {
         const int length = width - 1 - first < k_widest_row ? width - 1 - first : k_widest_row;
         for (int i = 0; i < length; ++i) any[i] = above[first + i] | row[first + i] | below[first + i];
-        for (int i = 1; i < length - 1; ++i) {
-            const int bits = any[i - 1] | any[i] | any[i + 1];
-            dst[first + i] = static_cast<unsigned char>(row[first + i] | -(bits & 1));
+        const unsigned char* centre = row + first + 1;
+        unsigned char* out = dst + first + 1;
+        for (int i = 0; i < length - 2; ++i) {
+            const unsigned char bits = left[i] | middle[i] | right[i];
+            out[i] = static_cast<unsigned char>(centre[i] | ((bits & 1) != 0 ? 255 : 0));
         }
     }
 }

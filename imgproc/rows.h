@@ -39,17 +39,10 @@ row_motion measure_motion_row(const unsigned char* a, const unsigned char* b, in
 // dst = what |a - b| exceeds limit by, 0 where it does not. limit: 0 to 255.
 void excess_row(const unsigned char* a, const unsigned char* b, unsigned char* dst, int width, int limit);
 
-// A stack is k_stack_rows times k_widest_row bytes. Adds to sums[i] the sum of all its bytes, each held to at most i +
-// 1; to the last entry the sum of the bytes as they are. Processors without vector instructions count the bytes
-// instead: one pass for all sums.
-const int k_stack_rows = 15;  // a column of bytes held to 16 sums up to a byte
-const int k_caps = 16;
-struct capped_sums {
-    uint32_t held[k_caps];
-    uint32_t all;
-};
-void add_capped_sums(const unsigned char* stack, capped_sums* sums);
-void add_capped_sums_counted(const unsigned char* stack, capped_sums* sums);
+// A stack is k_stack_rows times k_widest_row bytes. Returns the sum of its bytes, each held to at most cap: 0 to 17, of
+// which a column sums up to a byte.
+const int k_stack_rows = 15;
+uint32_t sum_held(const unsigned char* stack, int cap);
 
 // Sum of the bytes. Made for short rows.
 uint32_t sum_row(const unsigned char* src, int width);
@@ -62,6 +55,11 @@ struct bright_counts {
     uint32_t fire;
 };
 void add_bright_row(const unsigned char* luma, const unsigned char* mask, int width, int limit, bright_counts* counts);
+
+// One bit for each byte that is not zero, the first byte's in the lowest bit. Bits behind the width's are 0.
+const int k_bit_words = 6;
+const int k_widest_bits = 64 * k_bit_words;
+void bits_row(const unsigned char* row, int width, uint64_t* bits);
 
 // 3 x 3 dilation of columns 1 to width - 3: dst = 255 where the lowest bit of any of the nine bytes is set, the byte of
 // row elsewhere. width at least 4. dst must not be an input.

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <climits>
 
-#include "imgproc/bits.h"
+#include "imgproc/rows.h"
 
 namespace orva_fd {
 
@@ -75,11 +75,15 @@ std::size_t run_labeller::find_runs(const unsigned char* row, int first, int las
     int* const edges = m_row.edges.data();
     int* next = edges;
     uint64_t open = 0;
-    for (int x = first; x < last; x += 64) {
-        const uint64_t bits = foreground_bits(row + x, std::min(64, last - x));
-        for (uint64_t changes = bits ^ (bits << 1 | open); changes != 0; changes &= changes - 1)
-            *next++ = x + __builtin_ctzll(changes);
-        open = bits >> 63;
+    for (int part = first; part < last; part += k_widest_bits) {
+        uint64_t words[k_bit_words];
+        bits_row(row + part, std::min(k_widest_bits, last - part), words);
+        for (int i = 0; i < k_bit_words; ++i) {
+            const uint64_t bits = words[i];
+            for (uint64_t changes = bits ^ (bits << 1 | open); changes != 0; changes &= changes - 1)
+                *next++ = part + 64 * i + __builtin_ctzll(changes);
+            open = bits >> 63;
+        }
     }
     if ((next - edges) % 2 != 0) *next++ = last;
     next[0] = next[1] = k_beyond;

@@ -48,7 +48,7 @@
  *
  * ## MEMORY
  *
- * A channel holds 509,932 bytes of working pictures and about 680,000 bytes for lists of spots, boxes and history, all
+ * A channel holds 509,932 bytes of working pictures and about 427,000 bytes for lists of spots, boxes and history, all
  * obtained by ORVA_FireDetection_Start and released by ORVA_FireDetection_Stop. Working pictures start zeroed, so the
  * first frame is deterministic. ORVA_FireDetection_SetFrame obtains nothing in builds without the accelerator. The host
  * owns every record and every picture that it passes; the library keeps no pointer to them.

@@ -11,11 +11,16 @@ struct chroma_pair {
     short u;
 };
 
+inline uint16_t load_word(const unsigned char* bytes) {
+    uint16_t word;
+    std::memcpy(&word, bytes, sizeof(word));
+    return word;
+}
+
 // Both bytes at once, as a word of the width that the arithmetic has: bytes taken one by one would have to be sorted
 // apart.
 inline chroma_pair load_pair(const unsigned char* bytes) {
-    uint16_t word;
-    std::memcpy(&word, bytes, sizeof(word));
+    const uint16_t word = load_word(bytes);
 #if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
     const chroma_pair pair = {static_cast<short>(word >> 8), static_cast<short>(word & 255)};
 #else
@@ -24,17 +29,24 @@ inline chroma_pair load_pair(const unsigned char* bytes) {
     return pair;
 }
 
+// 1 in each byte of a word that is not zero: the addition carries into its top bit if any of the lower seven is set.
+inline uint16_t non_zero_bytes(uint16_t word) {
+    const uint16_t top_bits = static_cast<uint16_t>(((word & 0x7f7f) + 0x7f7f) | word);
+    return static_cast<uint16_t>(top_bits >> 7 & 0x0101);
+}
+inline uint16_t sum_of_bytes(uint16_t word) {
+    return static_cast<uint16_t>((word >> 8) + (word & 255));
+}
+
 inline uint16_t twice(int byte) {
     return static_cast<uint16_t>(byte | byte << 8);
 }
 inline short above_zero(short value) {
     return value > 0 ? value : short(0);
 }
-inline short below_zero(short value) {
-    return value < 0 ? static_cast<short>(-value) : short(0);
-}
-inline short scaled(short value, short factor) {
-    return static_cast<short>(static_cast<short>(value * factor) >> 8);
+// (value * factor) >> 16, for which there is an instruction.
+inline short upper_half(short value, short factor) {
+    return static_cast<short>(static_cast<int>(value) * factor >> 16);
 }
 
 inline unsigned char shifted(unsigned char luma, unsigned char plus, unsigned char minus) {
@@ -45,24 +57,26 @@ inline unsigned char shifted(unsigned char luma, unsigned char plus, unsigned ch
 
 }  // namespace
 
-// The coefficients are 359, 183, 88 and 454 of 256. A whole 256 leaves the shift, so that every product fits 16 bits:
-// (c * 359) >> 8 = c + ((c * 103) >> 8), and (c * 454) >> 8 = c + ((c * 198) >> 8), also for negative c.
+// The coefficients are 359, 183, 88 and 454 of 256. (c * k) >> 8 is (4c * 64k) >> 16, and both factors fit 16 bits.
 ORVA_ROW_FUNCTION
 void color_offsets_row(const unsigned char* chroma, int width, color_offsets* offsets) {
     const int pairs = width / 2;
     for (int i = 0; i < pairs; ++i) {
         const chroma_pair pair = load_pair(chroma + 2 * i);
-        const short v = static_cast<short>(pair.v - 128);
-        const short u = static_cast<short>(pair.u - 128);
-        const short red = static_cast<short>(v + scaled(v, 103));
-        const short green = static_cast<short>(scaled(u, 88) + scaled(v, 183));
-        const short blue = static_cast<short>(u + scaled(u, 198));
-        offsets->red_plus[i] = twice(above_zero(red));
-        offsets->red_minus[i] = twice(below_zero(red));
-        offsets->green_plus[i] = twice(below_zero(green));  // green is taken away
-        offsets->green_minus[i] = twice(above_zero(green));
-        offsets->blue_plus[i] = twice(above_zero(blue));
-        offsets->blue_minus[i] = twice(below_zero(blue));
+        const short v = static_cast<short>((pair.v - 128) * 4);
+        const short u = static_cast<short>((pair.u - 128) * 4);
+        const short red = upper_half(v, 64 * 359);
+        const short green = static_cast<short>(upper_half(u, 64 * 88) + upper_half(v, 64 * 183));
+        const short blue = upper_half(u, 64 * 454);
+        const short red_plus = above_zero(red);
+        const short green_minus = above_zero(green);  // green is taken away
+        const short blue_plus = above_zero(blue);
+        offsets->red_plus[i] = twice(red_plus);
+        offsets->red_minus[i] = twice(red_plus - red);
+        offsets->green_plus[i] = twice(green_minus - green);
+        offsets->green_minus[i] = twice(green_minus);
+        offsets->blue_plus[i] = twice(blue_plus);
+        offsets->blue_minus[i] = twice(blue_plus - blue);
     }
 }
 
@@ -137,32 +151,27 @@ void flame_saturation_row(const unsigned char* red, const unsigned char* green, 
     }
 }
 
-// Of n set pixels at least 0, 1, 1, 2, 3 must pass: none may fail, or one if two or more are set.
+// Of n set pixels at least 0, 1, 1, 2, 3 must pass: none may fail, or one if two or more are set. Two columns at once,
+// as a word of two bytes.
 ORVA_ROW_FUNCTION
 bool filter_block_row(unsigned char* mask_top, unsigned char* mask_bottom, const unsigned char* pass_top,
                       const unsigned char* pass_bottom, int width) {
-    unsigned char set[k_widest_row];
-    unsigned char failing[k_widest_row];
-    for (int x = 0; x < width; ++x) {
-        const unsigned char top = mask_top[x] != 0 ? 1 : 0;
-        const unsigned char bottom = mask_bottom[x] != 0 ? 1 : 0;
-        set[x] = static_cast<unsigned char>(top + bottom);
-        failing[x] = static_cast<unsigned char>((top & ~pass_top[x]) + (bottom & ~pass_bottom[x]));
-    }
-    unsigned char keep[k_widest_row];
+    uint16_t left = 0;
     for (int i = 0; i < width / 2; ++i) {
-        const unsigned char n = static_cast<unsigned char>(set[2 * i] + set[2 * i + 1]);
-        const unsigned char f = static_cast<unsigned char>(failing[2 * i] + failing[2 * i + 1]);
-        const unsigned char allowed = n > 1 ? 1 : 0;
-        const unsigned char all = f <= allowed ? 255 : 0;
-        keep[2 * i] = all;
-        keep[2 * i + 1] = all;
-    }
-    unsigned char left = 0;
-    for (int x = 0; x < width; ++x) {
-        mask_top[x] &= keep[x];
-        mask_bottom[x] &= keep[x];
-        left |= mask_top[x] | mask_bottom[x];
+        const uint16_t top = load_word(mask_top + 2 * i);
+        const uint16_t bottom = load_word(mask_bottom + 2 * i);
+        const uint16_t set_top = non_zero_bytes(top);
+        const uint16_t set_bottom = non_zero_bytes(bottom);
+        const uint16_t failing_top = static_cast<uint16_t>(set_top & ~load_word(pass_top + 2 * i));
+        const uint16_t failing_bottom = static_cast<uint16_t>(set_bottom & ~load_word(pass_bottom + 2 * i));
+        const uint16_t allowed = sum_of_bytes(static_cast<uint16_t>(set_top + set_bottom)) > 1 ? 1 : 0;
+        const uint16_t failing = sum_of_bytes(static_cast<uint16_t>(failing_top + failing_bottom));
+        const uint16_t keep = failing > allowed ? 0 : 0xffff;
+        const uint16_t kept_top = top & keep;
+        const uint16_t kept_bottom = bottom & keep;
+        std::memcpy(mask_top + 2 * i, &kept_top, sizeof(kept_top));
+        std::memcpy(mask_bottom + 2 * i, &kept_bottom, sizeof(kept_bottom));
+        left = static_cast<uint16_t>(left | kept_top | kept_bottom);
     }
     return left != 0;
 }

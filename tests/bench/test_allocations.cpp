@@ -1,7 +1,10 @@
 // SetFrame asks the heap for nothing, from a channel's first frame on, whatever the picture holds.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <new>
 #include <string>
 #include <vector>
@@ -67,6 +70,33 @@ TEST_F(allocations, the_hardest_pictures_need_none) {
             EXPECT_EQ(requests_of_frames(bench::paint(p, bench::k_full_width, bench::k_full_height)), 0) << p.name;
         }
     }
+}
+
+// The number behind the first `words` of a document, without the commas between its digits.
+double documented(const char* path, const std::string& words) {
+    std::ifstream file(path);
+    const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    const std::size_t at = text.find(words);
+    if (at == std::string::npos) return -1;
+    std::string digits;
+    for (std::size_t i = at + words.size(); text[i] == ',' || std::isdigit(static_cast<unsigned char>(text[i])); ++i) {
+        if (text[i] != ',') digits += text[i];
+    }
+    return digits.empty() ? -1 : std::stod(digits);
+}
+
+// The documents say "about": one part in fifty, for what the heap rounds up.
+TEST_F(allocations, a_channel_holds_what_the_documents_say) {
+    const double pictures = 352 * 288 * 5 + 4 + 254 * 12;  // mask, difference, three colours; the accelerator's result
+    const std::int64_t before = bench::heap_now().live_bytes;
+    int handle = -1;
+    ASSERT_EQ(ORVA_FireDetection_Start(&handle, bench::whole_picture()), FD_OK);
+    const double lists = static_cast<double>(bench::heap_now().live_bytes - before) - pictures;
+    ORVA_FireDetection_Stop(handle);
+    EXPECT_EQ(documented(ORVA_HEADER_PATH, "A channel holds "), pictures);
+    EXPECT_EQ(documented(ORVA_README_PATH, "| memory | "), pictures);
+    EXPECT_NEAR(documented(ORVA_HEADER_PATH, "working pictures and about "), lists, lists * 0.02);
+    EXPECT_NEAR(documented(ORVA_README_PATH, "bytes of pictures and about "), lists, lists * 0.02);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "imgproc/common.h"
 #include "tests/support/random.h"
 
 namespace {
@@ -169,6 +170,35 @@ TEST_F(rows, add_bright_row_adds_to_its_counts) {
                 ASSERT_EQ(got.fire, wanted.fire) << width << ", seed " << m_random.seed();
             }
         }
+    }
+}
+
+TEST_F(rows, bits_row_sets_a_bit_for_each_byte_that_is_not_zero) {
+    for (int width = 0; width <= k_widest_bits; ++width) {
+        bytes row = noise(m_random, width);
+        for (unsigned char& byte : row) byte = m_random.below(3) == 0 ? byte : static_cast<unsigned char>(0);
+        uint64_t bits[k_bit_words];
+        std::fill(bits, bits + k_bit_words, ~uint64_t(0));
+        bits_row(row.data(), width, bits);
+        for (int x = 0; x < k_widest_bits; ++x) {
+            const bool wanted = x < width && row[static_cast<std::size_t>(x)] != 0;
+            ASSERT_EQ((bits[x / 64] >> x % 64 & 1) != 0, wanted)
+                << "column " << x << " of " << width << ", seed " << m_random.seed();
+        }
+    }
+}
+
+// Every byte alone, and between neighbours that carry.
+TEST_F(rows, bits_row_knows_every_byte) {
+    for (int value = 0; value < 256; ++value) {
+        bytes row(8, static_cast<unsigned char>(0));
+        row[3] = static_cast<unsigned char>(value);
+        uint64_t bits[k_bit_words];
+        bits_row(row.data(), 8, bits);
+        EXPECT_EQ(bits[0], value != 0 ? 8u : 0u) << value;
+        row[2] = row[4] = 255;
+        bits_row(row.data(), 8, bits);
+        EXPECT_EQ(bits[0], value != 0 ? 28u : 20u) << value;
     }
 }
 
