@@ -20,9 +20,12 @@
 #include "apps/orva_fire/outputs.h"
 #include "apps/orva_fire/progress.h"
 #include "apps/orva_fire/rate_watch.h"
+#include "apps/orva_fire/report_settings.h"
+#include "apps/orva_fire/run_observer.h"
 #include "apps/orva_fire/stop_signal.h"
 #include "apps/orva_fire/summary.h"
 #include "apps/orva_fire/trouble.h"
+#include "apps/orva_fire/wall_clock.h"
 #include "apps/orva_fire/zone_watcher.h"
 #include "apps/orva_fire/zones.h"
 
@@ -32,7 +35,8 @@ namespace {
 namespace fs = std::filesystem;
 
 const double k_drill_after_report = 2;  // seconds
-const int k_default_grade = 70;         // the library's own is that of grades 68 to 73
+const size_t k_most_notes = 50;
+const int k_default_grade = 70;  // the library's own is that of grades 68 to 73
 
 // One zone of the picture, and what is reported in it now.
 struct watched_zone {
@@ -91,6 +95,7 @@ public:
 private:
     void start(const source_picture& first);
     void open_zones();
+    void open_observer();
 
     bool read(source_picture& picture);
     void take(const source_picture& picture);
@@ -106,6 +111,7 @@ private:
     void follow_drill(const std::vector<fire_event>& events);
     void finish();
     int conclude();
+    void write_report(const std::string& problem);
     int conclude_drill(const std::string& problem);
     void print_warnings();
     void warn(const std::string& text);
@@ -137,6 +143,8 @@ private:
     annotator m_annotator;
     frame_ptr m_painted;  // the last picture with its boxes
     std::unique_ptr<outputs> m_outputs;
+    std::unique_ptr<run_observer> m_observer;  // none if nothing is to be reported or explained
+    std::vector<std::string> m_notes;          // the first warnings, for the report
 };
 
 detection_run::detection_run(const detect_options& options)
@@ -168,6 +176,19 @@ void detection_run::open_zones() {
     m_tracker = event_tracker(m_zones.size());
 }
 
+void detection_run::open_observer() {
+    if (!m_options.write_report && !m_options.explain) return;
+    std::vector<observed_zone> zones;
+    for (const watched_zone& zone : m_zones) zones.push_back({zone.name, zone.watcher.get(), zone.grade});
+    observer_settings settings;
+    settings.folder = m_options.folder;
+    settings.source = camera_name(m_options.source);
+    settings.explain = m_options.explain;
+    settings.report = m_options.write_report;
+    settings.test = m_options.drill.has_value();
+    m_observer = std::make_unique<run_observer>(settings, zones, m_size, m_library_output);
+}
+
 void detection_run::start(const source_picture& first) {
     m_size = {first.frame->width, first.frame->height};
     open_zones();
@@ -180,6 +201,7 @@ void detection_run::start(const source_picture& first) {
     setting.own_output = m_library_output.own_output();
     setting.wall_milliseconds = first.wall_milliseconds;
     m_outputs = std::make_unique<outputs>(m_options, setting);
+    open_observer();
 }
 
 bool detection_run::read(source_picture& picture) {
@@ -209,6 +231,7 @@ bool detection_run::passes(const source_picture& picture, bool repeated) {
 std::vector<fire_event> detection_run::analyse(const source_picture& picture) {
     std::vector<fire_event> events;
     if (picture.after_gap) restart(events);
+    if (m_observer) m_observer->set_moment(m_now);
     for (size_t i = 0; i < m_zones.size(); ++i) {
         watched_zone& zone = m_zones[i];
         const zone_answer answer =
@@ -233,6 +256,8 @@ void detection_run::restart(std::vector<fire_event>& events) {
 void detection_run::report_trouble(const std::vector<trouble_event>& events) {
     for (const trouble_event& event : events) {
         m_outputs->record(event, m_now, m_wall);
+        if (m_observer && event.started) m_observer->start_trouble(trouble_sentence(event.reason), event.since);
+        if (m_observer && !event.started) m_observer->end_trouble(event.seconds);
         warn(std::string(event.started ? "" : "over: ") + trouble_sentence(event.reason));
     }
 }
@@ -240,6 +265,7 @@ void detection_run::report_trouble(const std::vector<trouble_event>& events) {
 void detection_run::record(const fire_event& event) {
     const watched_zone& zone = m_zones[event.zone];
     m_outputs->record(event, zone.name, zone.grade, m_painted, m_wall);
+    if (m_observer) m_observer->add(event, *m_painted, m_outputs->shown_in());
 }
 
 void detection_run::write_frame_line(bool passed) {
@@ -255,8 +281,8 @@ void detection_run::write_out(const source_picture& picture, const std::vector<f
         for (const watched_zone& zone : m_zones) boxes.insert(boxes.end(), zone.reported.begin(), zone.reported.end());
         m_painted = m_annotator.paint(*picture.frame, m_outlines, boxes);
     }
-    for (const fire_event& event : events) record(event);
     if (m_outputs->wants_every_picture()) m_outputs->write_picture(*m_painted, picture.seconds, m_wall);
+    for (const fire_event& event : events) record(event);
     if (m_outputs->wants_frames()) write_frame_line(passed);
 }
 
@@ -271,6 +297,7 @@ void detection_run::finish() {
 void detection_run::warn(const std::string& text) {
     m_progress.clear();
     std::fprintf(stderr, "orva-fire: warning: %s\n", text.c_str());
+    if (m_notes.size() < k_most_notes) m_notes.push_back(text);
 }
 
 void detection_run::print_warnings() {
@@ -346,11 +373,29 @@ int detection_run::conclude() {
     m_summary.dropped = m_source->dropped();
     m_summary.reports = m_tracker.reports();
     m_summary.first_report = m_tracker.first_report();
+    write_report(problem);
     std::fprintf(stderr, "orva-fire: %s", summary_text(m_summary).c_str());
     std::fprintf(stderr, "  written   %s\n", m_options.folder.c_str());
     if (m_drill) return conclude_drill(problem);
     if (!problem.empty()) throw io_error(problem + "; what was found up to there is written");
     return m_tracker.reports() > 0 ? k_exit_fire : k_exit_nothing;
+}
+
+void detection_run::write_report(const std::string& problem) {
+    if (!m_observer) return;
+    report_data about;
+    about.made_at = rfc3339(wall_clock_now());
+    about.version = ORVA_FIRE_VERSION;
+    about.rate = m_source->nominal_rate();
+    about.seconds = m_summary.video_seconds;
+    about.frames = m_summary.frames;
+    about.passed = m_summary.passed();
+    about.repeated = m_summary.repeated;
+    about.thinned = m_summary.thinned;
+    about.notes = m_notes;
+    if (!problem.empty()) about.notes.push_back(problem);
+    about.settings = report_settings(m_options);
+    m_observer->finish(std::move(about));
 }
 
 int detection_run::conclude_drill(const std::string& problem) {

@@ -21,6 +21,10 @@ void put_at_one(const std::string& path, int flags) {
     close(file);
 }
 
+void discard() {
+    put_at_one("/dev/null", O_WRONLY);
+}
+
 bool is_writable(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
     return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
@@ -57,8 +61,18 @@ int library_output::own_output() const {
     return is_writable(m_own) ? m_own : -1;
 }
 
-void library_output::discard() {
-    put_at_one("/dev/null", O_WRONLY);
+library_output::pause::pause(const library_output& output) {
+    if (!output.m_logging) return;
+    std::fflush(stdout);
+    m_log = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (m_log >= 0) discard();
+}
+
+library_output::pause::~pause() {
+    if (m_log < 0) return;
+    std::fflush(stdout);
+    dup2(m_log, STDOUT_FILENO);
+    close(m_log);
 }
 
 void library_output::check_limit() {

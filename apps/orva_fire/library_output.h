@@ -28,12 +28,23 @@ public:
     // The descriptor that was standard output; -1 if there is none to write to.
     int own_output() const;
 
+    // While one of these lives the library's lines are discarded: channels that see pictures a second time have nothing
+    // to add to the log.
+    class pause {
+    public:
+        explicit pause(const library_output& output);
+        ~pause();
+        pause(const pause&) = delete;
+        pause& operator=(const pause&) = delete;
+
+    private:
+        int m_log = -1;
+    };
+
     // To be called after each frame: ends the log file once it has reached its limit.
     void check_limit();
 
 private:
-    void discard();
-
     const int64_t m_limit;
     int m_own = -1;
     bool m_logging = false;

@@ -22,11 +22,19 @@ std::string check_rate(const std::string& text) {
     return "a rate must be above 0 and at most 1000, not '" + text + "'";
 }
 
-void add_seconds(CLI::App& app, const char* name, double& value, double most, const char* text) {
-    app.add_option(name, value, text)
-        ->type_name("SECONDS")
-        ->capture_default_str()
-        ->check(CLI::Validator(CLI::Range(0.0, most)).description(""));
+CLI::Validator seconds_to(double most) {
+    return CLI::Validator(CLI::Range(0.0, most)).description("");
+}
+
+// Evidence for a report takes 50 pictures; ages below a few seconds would make every report impossible.
+std::string check_max_age(const std::string& text) {
+    double seconds = 0;
+    if (CLI::detail::lexical_cast(text, seconds) && (seconds == 0 || (seconds >= 5 && seconds <= 86400))) return {};
+    return "an age is 0, or 5 to 86400 seconds, not '" + text + "'";
+}
+
+void add_seconds(CLI::App& app, const char* name, double& value, const CLI::Validator& check, const char* text) {
+    app.add_option(name, value, text)->type_name("SECONDS")->capture_default_str()->check(check);
 }
 
 }  // namespace
@@ -47,10 +55,11 @@ void add_look_options(CLI::App& app, look_options& options, bool with_grade) {
         ->type_name("GRID")
         ->capture_default_str()
         ->check(CLI::Validator(check_tiles, ""));
-    add_seconds(app, "--confirm", options.confirm, 3600,
+    add_seconds(app, "--confirm", options.confirm, seconds_to(3600),
                 "raise an event when new reports have covered this much of four times as long; 0: with the first one");
-    add_seconds(app, "--cooldown", options.cooldown, 86400, "end an event when nothing was reported for this long");
-    add_seconds(app, "--max-age", options.max_age, 86400,
+    add_seconds(app, "--cooldown", options.cooldown, seconds_to(86400),
+                "end an event when nothing was reported for this long");
+    add_seconds(app, "--max-age", options.max_age, CLI::Validator(check_max_age, ""),
                 "let evidence grow no older than this; 0: keep it for ever, at half the cost of detection");
 }
 

@@ -60,6 +60,10 @@ std::string check_region(const std::string& text) {
     return complaint_of(parse_region, text);
 }
 
+std::string check_frames(const std::string& text) {
+    return complaint_of(frame_choice::parse, text);
+}
+
 std::string check_command(const std::string& text) {
     return complaint_of(split_command, text);
 }
@@ -100,7 +104,8 @@ private:
     std::vector<std::string> m_regions;
     look_options m_look;
     bool m_no_trouble = false;
-    bool m_no_video = false, m_no_events = false, m_no_snapshots = false;
+    bool m_no_video = false, m_no_events = false, m_no_snapshots = false, m_no_report = false;
+    std::string m_explain;
 };
 
 detect_options_reader::detect_options_reader(CLI::App& app, const char* source_name)
@@ -176,6 +181,14 @@ void detect_options_reader::add_results() {
     m_app.add_flag("--no-video", m_no_video, "write no annotated video, which takes most of the time");
     m_app.add_flag("--no-events", m_no_events, "write no file of events");
     m_app.add_flag("--no-snapshots", m_no_snapshots, "write no pictures of events");
+    m_app.add_flag("--no-report", m_no_report, "write no report.html");
+    m_app
+        .add_flag(
+            "--explain{all}", m_explain,
+            "write for these pictures (140,150-160,300-; default: all) what every stage made of them, and why each "
+            "box was reported or not, into explain/ in the folder")
+        ->type_name("")
+        ->check(CLI::Validator(check_frames, ""));
 }
 
 void detect_options_reader::add_commands() {
@@ -221,6 +234,8 @@ detect_options detect_options_reader::finished() const {
     options.write_video = !m_no_video;
     options.write_events = !m_no_events;
     options.write_snapshots = !m_no_snapshots;
+    options.write_report = !m_no_report;
+    if (!m_explain.empty()) options.explain = frame_choice::parse(m_explain);
     // Taken out of the environment, so that no program started from here has it.
     if (const char* password = std::getenv("ORVA_FIRE_PASSWORD")) options.source.password = password;
     unsetenv("ORVA_FIRE_PASSWORD");

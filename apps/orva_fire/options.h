@@ -9,6 +9,7 @@
 
 #include "apps/orva_fire/aged_channel.h"
 #include "apps/orva_fire/confirmation.h"
+#include "apps/orva_fire/frame_choice.h"
 #include "apps/orva_fire/geometry.h"
 #include "apps/orva_fire/library_output.h"
 #include "apps/orva_fire/open_source.h"
@@ -34,11 +35,12 @@ struct detect_options {
     std::string frames;       // a line for each picture; empty: none
     std::string library_log;  // empty: the library's lines are discarded
     int64_t library_log_limit = k_library_log_limit;
-    bool write_video = true, write_events = true, write_snapshots = true;
-    std::optional<double> segment;     // seconds; none: the source's kind decides, 0: one file
-    std::optional<double> keep_hours;  // none: the source's kind decides, 0: for ever
-    std::string on_event;              // a command; empty: none
-    double on_event_timeout = 10;      // seconds
+    bool write_video = true, write_events = true, write_snapshots = true, write_report = true;
+    std::optional<frame_choice> explain;  // pictures to explain; none: none
+    std::optional<double> segment;        // seconds; none: the source's kind decides, 0: one file
+    std::optional<double> keep_hours;     // none: the source's kind decides, 0: for ever
+    std::string on_event;                 // a command; empty: none
+    double on_event_timeout = 10;         // seconds
 
     // A drill: a synthetic flame is laid over the pictures, and this many seconds are given for it to be reported.
     std::optional<double> drill;

@@ -29,7 +29,7 @@ std::string events_path(const detect_options& options) {
 
 bool uses_folder(const detect_options& options) {
     return (options.write_video && options.video.empty()) || (options.write_events && options.events.empty()) ||
-           options.write_snapshots;
+           options.write_snapshots || options.write_report || options.explain;
 }
 
 void make_folder(const std::string& folder) {
@@ -123,6 +123,13 @@ void outputs::record(const trouble_event& event, const moment& at, const std::op
 
 void outputs::write_picture(const AVFrame& picture, double seconds, const std::optional<int64_t>& wall_milliseconds) {
     m_video->write(picture, seconds, wall_milliseconds);
+}
+
+video_place outputs::shown_in() const {
+    if (!m_video || m_video->file().empty()) return {};
+    std::error_code error;
+    const fs::path name = fs::relative(m_video->file(), m_folder, error);
+    return {error ? "" : name.string(), m_video->file_start()};
 }
 
 void outputs::finish() {

@@ -11,6 +11,7 @@
 #include "apps/orva_fire/event_log.h"
 #include "apps/orva_fire/event_tracker.h"
 #include "apps/orva_fire/options.h"
+#include "apps/orva_fire/report_builder.h"
 #include "apps/orva_fire/snapshot.h"
 #include "apps/orva_fire/video_recorder.h"
 
@@ -44,6 +45,9 @@ public:
 
     // One picture of the annotated video.
     void write_picture(const AVFrame& picture, double seconds, const std::optional<int64_t>& wall_milliseconds);
+
+    // Where the annotated video shows the last picture that was written to it, as seen from the folder.
+    video_place shown_in() const;
 
     // One line of --frames, if it is wanted.
     bool wants_frames() const { return m_frames != nullptr; }

@@ -101,7 +101,8 @@ std::string reason(const box_evidence& seen) {
         case verdict::too_wild:
             return words("too wild: its area changes by %.0f %%, must stay below 100 %%", flicker_share(seen) * 100);
         default:
-            return found_again(seen) + words(", area changes by %.0f %%", flicker_share(seen) * 100);
+            return "taken for fire: " + found_again(seen) +
+                   words(", area changes by %.0f %%", flicker_share(seen) * 100);
     }
 }
 

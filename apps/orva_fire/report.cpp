@@ -75,6 +75,7 @@ double trouble_seconds(const report_data& run) {
 std::string verdict_text(const report_data& run) {
     if (run.frames == 0) return "No picture could be read.";
     const int64_t reports = reports_of(run);
+    if (reports == 0 && !run.events.empty()) return "This was a drill: its flame was reported, and no other fire.";
     if (reports == 0) return "No fire was reported.";
     double first = -1;
     for (const report_event& event : run.events) {

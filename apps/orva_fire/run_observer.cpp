@@ -43,12 +43,12 @@ std::vector<report_zone> report_zones(const std::vector<observed_zone>& zones) {
 }  // namespace
 
 run_observer::run_observer(const observer_settings& settings, const std::vector<observed_zone>& zones,
-                           picture_size source)
+                           picture_size source, const library_output& log)
     : m_settings(settings), m_source(source), m_builder(report_zones(zones)) {
     if (settings.explain) m_explain = std::make_unique<explain_writer>(settings.folder + "/explain", settings.source);
     for (size_t i = 0; i < zones.size(); ++i) {
         m_names.push_back(zones[i].name);
-        m_zones.push_back(std::make_unique<zone_evidence>(*zones[i].watcher, zones[i].grade,
+        m_zones.push_back(std::make_unique<zone_evidence>(*zones[i].watcher, zones[i].grade, log,
                                                           [this, i](const auto& view) { look(i, view); }));
     }
 }
@@ -77,7 +77,9 @@ void run_observer::finish(report_data about) {
     about.source = m_settings.source;
     about.size = m_source;
     if (!m_settings.report) return;
-    save_bytes(m_settings.folder + "/report.html", report_page({m_builder.finish(std::move(about))}));
+    report_data report = m_builder.finish(std::move(about));
+    for (report_event& event : report.events) event.test = m_settings.test;
+    save_bytes(m_settings.folder + "/report.html", report_page({report}));
 }
 
 }  // namespace orva_fire

@@ -27,11 +27,14 @@ struct observer_settings {
     std::string source;                   // as it may be shown
     std::optional<frame_choice> explain;  // none: no picture is explained
     bool report = true;
+    bool test = false;  // the events are those of a drill
 };
 
 class run_observer {
 public:
-    run_observer(const observer_settings& settings, const std::vector<observed_zone>& zones, picture_size source);
+    // log: where the library's lines go; outlives this.
+    run_observer(const observer_settings& settings, const std::vector<observed_zone>& zones, picture_size source,
+                 const library_output& log);
 
     // Before the watchers observe the picture of this moment.
     void set_moment(const moment& at);

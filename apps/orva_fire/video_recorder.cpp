@@ -50,7 +50,8 @@ void video_recorder::open(const AVFrame& picture, const std::optional<int64_t>& 
         return;
     }
     if (wall_milliseconds) remove_old(*wall_milliseconds);
-    m_writer = std::make_unique<video_writer>(next_path(wall_milliseconds), picture, encoder);
+    m_file = next_path(wall_milliseconds);
+    m_writer = std::make_unique<video_writer>(m_file, picture, encoder);
 }
 
 void video_recorder::write(const AVFrame& picture, double seconds, const std::optional<int64_t>& wall_milliseconds) {

@@ -32,6 +32,10 @@ public:
 
     int64_t pictures() const { return m_pictures; }
 
+    // The file that is being written, empty for a stream, and the second of the source at which it began.
+    const std::string& file() const { return m_file; }
+    double file_start() const { return m_segment_start; }
+
 private:
     std::string next_path(const std::optional<int64_t>& wall_milliseconds);
     void open(const AVFrame& picture, const std::optional<int64_t>& wall_milliseconds);
@@ -39,6 +43,7 @@ private:
 
     const recorder_settings m_settings;
     std::unique_ptr<video_writer> m_writer;
+    std::string m_file;
     double m_segment_start = 0;
     int m_segments = 0;
     int64_t m_pictures = 0;

@@ -4,8 +4,9 @@
 
 namespace orva_fire {
 
-zone_evidence::zone_evidence(zone_watcher& watcher, const std::optional<int>& grade, listener told)
-    : m_watcher(watcher), m_grade(grade), m_told(std::move(told)), m_tiles(watcher.tiles().size()) {
+zone_evidence::zone_evidence(zone_watcher& watcher, const std::optional<int>& grade, const library_output& log,
+                             listener told)
+    : m_watcher(watcher), m_grade(grade), m_log(log), m_told(std::move(told)), m_tiles(watcher.tiles().size()) {
     m_watcher.set_listener(
         [this](size_t tile, const age_plan::step& step, nv21_picture& picture) { look(tile, step, picture); });
 }
@@ -22,6 +23,7 @@ std::unique_ptr<evidence_channel> zone_evidence::open_channel() const {
 
 void zone_evidence::look(size_t tile, const age_plan::step& step, nv21_picture& picture) {
     tile_state& state = m_tiles[tile];
+    const library_output::pause quiet(m_log);
     if (step.restart) {
         state.older = open_channel();
         state.younger.reset();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/orva_fire/evidence.h"
+#include "apps/orva_fire/library_output.h"
 #include "apps/orva_fire/stages.h"
 #include "apps/orva_fire/zone_watcher.h"
 
@@ -25,8 +26,9 @@ public:
     };
     using listener = std::function<void(const view&)>;
 
-    // watcher: outlives this. told: called for each tile of each picture that the watcher observes.
-    zone_evidence(zone_watcher& watcher, const std::optional<int>& grade, listener told);
+    // watcher: outlives this. told: called for each tile of each picture that the watcher observes. log: where the
+    // library's lines go, from which those of the channels here are kept away; outlives this.
+    zone_evidence(zone_watcher& watcher, const std::optional<int>& grade, const library_output& log, listener told);
     ~zone_evidence();
     zone_evidence(const zone_evidence&) = delete;
     zone_evidence& operator=(const zone_evidence&) = delete;
@@ -45,6 +47,7 @@ private:
 
     zone_watcher& m_watcher;
     const std::optional<int> m_grade;
+    const library_output& m_log;
     const listener m_told;
     std::vector<tile_state> m_tiles;
     moment m_at;

@@ -52,6 +52,33 @@ TEST(library_output, ends_the_file_at_its_limit) {
               "123456\n123456\n(the log ends here: it has reached its limit of 10 bytes)\n");
 }
 
+TEST(library_output, leaves_out_what_is_printed_in_a_pause) {
+    const apps_test::temporary_folder folder;
+    const std::string text = support::output_of([&] {
+        const library_output kept(folder.file("log"));
+        std::printf("one\n");
+        {
+            const library_output::pause quiet(kept);
+            std::printf("two\n");
+        }
+        std::printf("three\n");
+    });
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(apps_test::read_file(folder.file("log")), "one\nthree\n");
+}
+
+TEST(library_output, is_as_it_was_after_a_pause_without_a_log) {
+    const std::string text = support::output_of([] {
+        {
+            const library_output output("");
+            const library_output::pause quiet(output);
+            std::printf("a line of the library\n");
+        }
+        std::printf("after\n");
+    });
+    EXPECT_EQ(text, "after\n");
+}
+
 TEST(library_output, names_a_log_that_cannot_be_made) {
     const apps_test::temporary_folder folder;
     std::string said;

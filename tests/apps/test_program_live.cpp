@@ -222,7 +222,7 @@ TEST(orva_fire_outputs, hold_the_boxes_of_every_picture) {
     const temporary_folder folder;
     const program_result result =
         orva_fire_on({burning_clip(folder, "a.mkv"), "--frames", folder.file("frames"), "--no-video", "--no-events",
-                      "--no-snapshots", "-o", folder.file("out")});
+                      "--no-snapshots", "--no-report", "-o", folder.file("out")});
     EXPECT_EQ(result.exit_code, 10) << result.errors;
     EXPECT_FALSE(fs::exists(folder.file("out")));
     const auto frames = json_lines(read_file(folder.file("frames")));

@@ -133,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
                    ""},
         reason_row{{"reported"},
                    compared(verdict::reported, 41, 35, 1.96, 100, 31),
-                   "found again in 41 of 50 frames over 2.0 s, area changes by 31 %",
+                   "taken for fire: found again in 41 of 50 frames over 2.0 s, area changes by 31 %",
                    ""}),
     row_name());
 

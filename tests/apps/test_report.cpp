@@ -71,6 +71,13 @@ TEST(a_page, without_events_says_so) {
     EXPECT_NE(page.find("Nothing else came near a report."), std::string::npos);
 }
 
+TEST(a_page, of_a_drill_reports_no_fire) {
+    report_data run = example_report("gate");
+    run.events_left_out = 0;
+    for (report_event& event : run.events) event.test = true;
+    EXPECT_NE(page_of(run).find("This was a drill: its flame was reported, and no other fire."), std::string::npos);
+}
+
 TEST(a_page, of_nothing_at_all_can_be_made) {
     const std::string page = page_of(report_data());
     EXPECT_NE(page.find("No picture could be read."), std::string::npos);

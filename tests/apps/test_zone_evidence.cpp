@@ -51,7 +51,7 @@ TEST_P(a_zone, has_the_evidence_of_its_answers) {
 
     std::vector<std::vector<box>> lists;
     bool fresh = false;
-    zone_evidence evidence(watcher, row.grade, [&](const zone_evidence::view& view) {
+    zone_evidence evidence(watcher, row.grade, quiet, [&](const zone_evidence::view& view) {
         EXPECT_EQ(view.area, watcher.tiles()[view.tile]);
         lists.emplace_back();
         for (const box& b : view.seen.answered) lists.back().push_back(to_source(b, view.seen.size, view.area));
@@ -99,7 +99,7 @@ TEST(a_run, that_is_observed_writes_its_report_and_what_is_explained) {
     settings.folder = folder.path();
     settings.source = "yard & co.mp4";
     settings.explain = frame_choice::parse("1,3-4");
-    run_observer observer(settings, {{"stove", &watcher, 85}}, {320, 240});
+    run_observer observer(settings, {{"stove", &watcher, 85}}, {320, 240}, quiet);
     fire_pictures pictures(320, 240, 0);
     const frame_ptr frame = canvas({320, 240});
     stopwatch unused;
