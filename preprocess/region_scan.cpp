@@ -202,8 +202,11 @@ void region_scan::filter_pair(int y) {
     working_row& top = filtered(y);
     working_row& bottom = filtered(y + 1);
     if (!top.any() && !bottom.any()) return;
-    const int first = std::min(top.any() ? top.first : m_width, bottom.any() ? bottom.first : m_width) / 2 * 2;
-    const int last = (std::max(top.any() ? top.last : 0, bottom.any() ? bottom.last : 0) + 1) / 2 * 2;
+    const int block = 32;  // columns of a register: whole ones leave the row functions no rest
+    const int first_set = std::min(top.any() ? top.first : m_width, bottom.any() ? bottom.first : m_width);
+    const int last_set = std::max(top.any() ? top.last : 0, bottom.any() ? bottom.last : 0);
+    const int first = first_set / block * block;
+    const int last = std::min((last_set + block - 1) / block * block, m_even_width);
     const int width = last - first;
 
     uint16_t floors[k_widest_row / 2];
