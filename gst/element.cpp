@@ -194,6 +194,13 @@ public:
         if (!gst_video_frame_map(&m_frame, const_cast<GstVideoInfo*>(&info), buffer, all)) {
             throw orva_fire::io_error("a picture's memory cannot be mapped");
         }
+        // A layout of the buffer's own may be that of a larger picture, of which the caps' is the upper left part.
+        m_frame.info.width = info.width;
+        m_frame.info.height = info.height;
+        if (!lies_in_its_memory(m_frame)) {
+            gst_video_frame_unmap(&m_frame);
+            throw orva_fire::io_error("a picture's layout does not fit its memory");
+        }
     }
     ~mapped_picture() { gst_video_frame_unmap(&m_frame); }
     mapped_picture(const mapped_picture&) = delete;

@@ -1,5 +1,12 @@
 #include "gst/frame_view.h"
 
+#include <algorithm>
+#include <cstdlib>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+}
+
 namespace orva_gst {
 namespace {
 
@@ -50,7 +57,28 @@ AVColorRange range_of(GstVideoColorRange range) {
     }
 }
 
+// Strides may be negative: then the rows lie before the first one.
+bool plane_lies_in_memory(const GstVideoFrame& picture, int plane) {
+    const AVPixelFormat format = pixel_format(GST_VIDEO_FRAME_FORMAT(&picture));
+    const gint64 row = av_image_get_linesize(format, GST_VIDEO_FRAME_WIDTH(&picture), plane);
+    const gint64 rows = GST_VIDEO_FRAME_COMP_HEIGHT(&picture, plane);
+    const gint64 stride = GST_VIDEO_FRAME_PLANE_STRIDE(&picture, plane);
+    if (row <= 0 || rows <= 0 || std::llabs(stride) < row) return false;
+    const GstMapInfo& memory = picture.meta ? picture.map[plane] : picture.map[0];
+    const gint64 first = static_cast<const guint8*>(GST_VIDEO_FRAME_PLANE_DATA(&picture, plane)) - memory.data;
+    const gint64 last = first + stride * (rows - 1);
+    return std::min(first, last) >= 0 && std::max(first, last) + row <= static_cast<gint64>(memory.size);
+}
+
 }  // namespace
+
+bool lies_in_its_memory(const GstVideoFrame& picture) {
+    const int planes = static_cast<int>(GST_VIDEO_FRAME_N_PLANES(&picture));
+    for (int plane = 0; plane < planes; ++plane) {
+        if (!plane_lies_in_memory(picture, plane)) return false;
+    }
+    return true;
+}
 
 caps_colour colour_of_caps(const GstCaps* caps) {
     const char* text = gst_structure_get_string(gst_caps_get_structure(caps, 0), "colorimetry");

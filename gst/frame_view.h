@@ -19,6 +19,10 @@ struct caps_colour {
 // matrix.
 caps_colour colour_of_caps(const GstCaps* caps);
 
+// Whether every row of a mapped picture lies in the memory that was mapped for it. A buffer may come with a layout of
+// its own (GstVideoMeta), which nobody on its way holds against the memory.
+bool lies_in_its_memory(const GstVideoFrame& picture);
+
 // A frame that points at the planes of a mapped picture. It owns no pixels and is valid while the picture is mapped.
 // The picture's format is one of the element's five.
 orva_fire::frame_ptr view_of(const GstVideoFrame& picture, const caps_colour& colour);

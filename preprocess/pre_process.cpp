@@ -1,5 +1,6 @@
 #include "preprocess/pre_process.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -36,6 +37,20 @@ const int k_blob_bytes = 4 + 254 * 12;  // header and regions of the accelerator
 int failed(int code, int line) {
     log_entered(k_file, "set_frame", line);
     return code;
+}
+
+// Whether a component can be one of a width x height picture. Software finds no others; what the engine is said to have
+// found is rubbish if its result was not flushed, and everything behind this reads pixels by it.
+bool is_possible(const con_info& component, int width, int height) {
+    const bool across = component.left >= 0 && component.left <= component.right && component.right < width;
+    const bool down = component.top >= 0 && component.top <= component.bottom && component.bottom < height;
+    return across && down && component.area >= 1 && component.area <= box_width(component) * box_height(component);
+}
+
+void drop_impossible(int width, int height, std::vector<con_info>* comps) {
+    comps->erase(std::remove_if(comps->begin(), comps->end(),
+                                [&](const con_info& one) { return !is_possible(one, width, height); }),
+                 comps->end());
 }
 
 // Least number of fire-coloured pixels for a block to stay, by the number of its set pixels.
@@ -171,6 +186,7 @@ int pre_process::set_frame(fd_yuv_frame* frame, std::vector<con_info>& comps) {
     // Components; labelling may overwrite the difference image, which then takes the luma for the next frame.
     code = m_ive.do_ccl(&m_diff_img, &m_blob_mem, comps, true);
     if (code != FD_OK) return failed(code, k_line_ccl_failed);
+    drop_impossible(m_width, m_height, &comps);
     code = m_ive.do_dma(frame, &m_diff_img, true);
     if (code != FD_OK) return failed(code, k_line_keep_luma_failed);
     return FD_OK;

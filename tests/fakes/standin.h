@@ -76,6 +76,9 @@ void fail_any(long nth, bool all_after);
 void time_out_queries(int times);  // the next waits end before their job; it stays in the queue
 void time_out_engine(int times);   // the next waits end with the engine reset; the job and all before it are lost
 void set_label_status(HI_S8 status);
+// The result of the next labelling job that has run is overwritten by these bytes, as by an engine that lost its way.
+// Several wait in line.
+void spoil_labels(const std::vector<HI_U8>& bytes);
 
 // --- memory
 // -----------------------------------------------------------------------------------------------------------

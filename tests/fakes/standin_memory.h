@@ -43,6 +43,7 @@ private:
     blocks::iterator block_at(HI_U32 phys_addr, std::size_t bytes);
     HI_U32 free_address(std::size_t bytes, const unsigned char* processor);
     bool is_taken(HI_U32 phys_addr, std::size_t bytes) const;
+    static bool is_settled(const block& where, std::size_t from, std::size_t to);
     static void flush_line(block& where, std::size_t from, std::size_t to);
 
     blocks m_blocks;

@@ -1,6 +1,7 @@
 #include "tests/fakes/twin_channel.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 #include "tests/fakes/twin_engine.h"
@@ -10,6 +11,7 @@ namespace twin {
 namespace {
 
 const std::size_t k_line = 32;
+const std::size_t k_stretch = 128 * k_line;
 const int k_stride = FD_MAX_FRAME_WIDTH;
 const std::size_t k_plane_bytes = static_cast<std::size_t>(FD_MAX_FRAME_WIDTH) * FD_MAX_FRAME_HEIGHT;
 const int k_refused = 4;
@@ -36,17 +38,26 @@ ref::rgb_view rgb_of(const ref::plane& blue) {
 cached_memory::cached_memory(std::size_t bytes, std::size_t phase)
     : m_phase(phase), m_processor(bytes, 0), m_engine(bytes, 0), m_at_flush(bytes, 0) {}
 
+// Whether neither side changed a stretch of bytes, as most of a small picture's memory is.
+bool cached_memory::is_settled(std::size_t begin, std::size_t bytes) const {
+    return std::memcmp(&m_processor[begin], &m_engine[begin], bytes) == 0 &&
+           std::memcmp(&m_processor[begin], &m_at_flush[begin], bytes) == 0;
+}
+
 void cached_memory::flush() {
     std::size_t begin = 0;
     while (begin < m_processor.size()) {
-        const std::size_t end = std::min((begin + m_phase) / k_line * k_line + k_line - m_phase, m_processor.size());
-        bool changed = false;
-        for (std::size_t i = begin; i < end; ++i) changed = changed || m_processor[i] != m_at_flush[i];
-        for (std::size_t i = begin; i < end; ++i) {
-            if (changed) m_engine[i] = m_processor[i];
-            m_processor[i] = m_engine[i];
-            m_at_flush[i] = m_engine[i];
+        const std::size_t stretch = std::min(k_stretch, m_processor.size() - begin);
+        if (is_settled(begin, stretch)) {
+            begin += stretch;
+            continue;
         }
+        const std::size_t end = std::min((begin + m_phase) / k_line * k_line + k_line - m_phase, m_processor.size());
+        const std::size_t length = end - begin;
+        const bool changed = std::memcmp(&m_processor[begin], &m_at_flush[begin], length) != 0;
+        if (changed) std::memcpy(&m_engine[begin], &m_processor[begin], length);
+        if (!changed) std::memcpy(&m_processor[begin], &m_engine[begin], length);
+        std::memcpy(&m_at_flush[begin], &m_engine[begin], length);
         begin = end;
     }
 }

@@ -28,6 +28,8 @@ public:
     const std::vector<unsigned char>& engine_bytes() const { return m_engine; }
 
 private:
+    bool is_settled(std::size_t begin, std::size_t bytes) const;
+
     std::size_t m_phase;
     std::vector<unsigned char> m_processor;
     std::vector<unsigned char> m_engine;

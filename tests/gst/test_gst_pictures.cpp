@@ -21,7 +21,8 @@ std::ostream& operator<<(std::ostream& out, const format_row& row) {
     return out << row.name;
 }
 
-std::string test_name(const testing::TestParamInfo<format_row>& row) {
+template <typename Row>
+std::string test_name(const testing::TestParamInfo<Row>& row) {
     std::string name = row.param.name;
     for (char& c : name) {
         if (c == ' ') c = '_';
@@ -79,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(of, every_picture,
                                          format_row{"odd size BGRx", {"BGRx", 177, 145, "sRGB"}},
                                          format_row{"upright NV12", {"NV12", 240, 432, "bt601"}},
                                          format_row{"no frame rate I420", {"I420", 176, 144, "bt601", 0}}),
-                         test_name);
+                         test_name<format_row>);
 
 TEST(a_meta, tells_the_same_box_in_pixels_and_in_shares_of_the_picture) {
     const camera source({"NV12", 352, 288, "bt601"});
@@ -140,6 +141,57 @@ TEST(a_picture, with_a_layout_of_its_own_is_read_by_that_layout) {
     EXPECT_GT(share_inside(metas[0].where, source.middle()), 0.8);
 }
 
+struct layout_row {
+    const char* name;
+    gsize offsets[2];
+    gint strides[2];
+    guint width, height;
+    bool fits;
+};
+
+std::ostream& operator<<(std::ostream& out, const layout_row& row) {
+    return out << row.name;
+}
+
+class own_layout : public testing::TestWithParam<layout_row> {};
+
+// A buffer of 256 x 256 bytes with a layout of its own, for NV12 pictures of 176 x 144: an element that reads by such a
+// layout must hold it against the memory. The last row of chroma, 71 rows of 256 bytes behind the first and 176 bytes
+// long, ends at the last byte if the first begins at 65,536 - 71 * 256 - 176 = 47,184.
+TEST_P(own_layout, that_does_not_fit_its_memory_is_an_error) {
+    const camera source({"NV12", 176, 144, "bt601"});
+    element_harness harness("draw=true");
+    harness.set_caps(source);
+    buffer_ptr picture(gst_buffer_new_allocate(nullptr, 256 * 256, nullptr));
+    gst_buffer_memset(picture.get(), 0, 90, 256 * 256);
+    GST_BUFFER_PTS(picture.get()) = 0;
+    const layout_row& row = GetParam();
+    gsize offsets[GST_VIDEO_MAX_PLANES] = {row.offsets[0], row.offsets[1]};
+    gint strides[GST_VIDEO_MAX_PLANES] = {row.strides[0], row.strides[1]};
+    gst_buffer_add_video_meta_full(picture.get(), GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, row.width,
+                                   row.height, 2, offsets, strides);
+    const buffer_ptr passed = harness.pass(std::move(picture));
+    EXPECT_EQ(passed != nullptr, row.fits);
+    const std::vector<std::string> errors = harness.errors();
+    ASSERT_EQ(errors.size(), row.fits ? 0u : 1u);
+    if (!row.fits) {
+        EXPECT_EQ(errors[0], "a picture's layout does not fit its memory");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    of, own_layout,
+    testing::Values(layout_row{"within its memory", {0, 38400}, {256, 256}, 176, 144, true},
+                    layout_row{"to the last byte", {0, 47184}, {256, 256}, 176, 144, true},
+                    layout_row{"one byte beyond", {0, 47185}, {256, 256}, 176, 144, false},
+                    layout_row{"a larger picture", {0, 40960}, {256, 256}, 240, 160, true},
+                    layout_row{"rows that lead upwards", {36608, 38400}, {-256, 256}, 176, 144, true},
+                    layout_row{"rows that lead before the memory", {256, 38400}, {-256, 256}, 176, 144, false},
+                    layout_row{"rows that are too long", {0, 38400}, {512, 256}, 176, 144, false},
+                    layout_row{"rows that overlap", {0, 38400}, {175, 256}, 176, 144, false},
+                    layout_row{"rows of no length", {0, 38400}, {0, 0}, 176, 144, false}),
+    test_name<layout_row>);
+
 // A page that nobody may touch, directly behind a picture's last byte.
 class guarded_memory {
 public:
@@ -196,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(of, edge_of_memory,
                                          format_row{"an even NV12", {"NV12", 1280, 720, "bt709"}},
                                          format_row{"an even YUY2", {"YUY2", 640, 480, "bt601"}},
                                          format_row{"an even BGRx", {"BGRx", 640, 480, "sRGB"}}),
-                         test_name);
+                         test_name<format_row>);
 
 TEST(eight_elements, in_eight_threads_report_what_one_reports) {
     const auto watch = [](std::vector<fire_meta>& metas) {
