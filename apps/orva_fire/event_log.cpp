@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "apps/orva_fire/error.h"
@@ -63,6 +64,14 @@ json moment_entry(const moment& at) {
     return {{"frame", at.frame}, {"seconds", to_milliseconds(at.seconds)}};
 }
 
+// Whether whoever wrote the file before was ended in the middle of a line.
+bool ends_inside_a_line(const std::string& path) {
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    if (!file || file.tellg() <= 0) return false;
+    file.seekg(-1, std::ios::end);
+    return file.get() != '\n';
+}
+
 }  // namespace
 
 std::string event_line(const fire_event& event, const event_context& context) {
@@ -115,8 +124,10 @@ std::string frame_line(const moment& at, const std::vector<std::string>& zones,
 }
 
 event_log::event_log(const std::string& path, bool append) : m_name("'" + path + "'"), m_owned(true) {
+    const bool torn = append && ends_inside_a_line(path);
     m_descriptor = open(path.c_str(), O_WRONLY | O_CREAT | (append ? O_APPEND : O_TRUNC) | O_CLOEXEC, 0666);
     if (m_descriptor < 0) throw io_error("cannot write '" + path + "': " + std::strerror(errno));
+    if (torn) write("");
 }
 
 event_log::event_log(int descriptor, const std::string& name) : m_name(name), m_descriptor(descriptor) {}
@@ -127,13 +138,21 @@ event_log::~event_log() {
 
 void event_log::write(const std::string& line) {
     const std::string text = line + "\n";
+    const off_t start = m_owned ? lseek(m_descriptor, 0, SEEK_END) : -1;
     size_t done = 0;
     while (done < text.size()) {
         const ssize_t written = ::write(m_descriptor, text.data() + done, text.size() - done);
         if (written < 0 && errno == EINTR) continue;
-        if (written < 0) throw io_error("cannot write " + m_name + ": " + std::strerror(errno));
+        if (written < 0) fail(start);
         done += static_cast<size_t>(written);
     }
+}
+
+// A line of which only the beginning found room is taken back: readers find whole lines or none.
+void event_log::fail(off_t start) const {
+    const std::string reason = std::strerror(errno);
+    if (start >= 0 && ftruncate(m_descriptor, start) != 0) throw io_error("cannot repair " + m_name + ": " + reason);
+    throw io_error("cannot write " + m_name + ": " + reason);
 }
 
 }  // namespace orva_fire

@@ -2,6 +2,8 @@
 #ifndef ORVA_APPS_ORVA_FIRE_EVENT_LOG_H
 #define ORVA_APPS_ORVA_FIRE_EVENT_LOG_H
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -37,7 +39,7 @@ std::string frame_line(const moment& at, const std::vector<std::string>& zones,
 
 class event_log {
 public:
-    // Creates a file; empties one that is there, or adds to it. Throws io_error.
+    // Creates a file; empties one that is there, or adds to it, on a line of its own. Throws io_error.
     explicit event_log(const std::string& path, bool append = false);
     // Writes to a descriptor that somebody else owns.
     event_log(int descriptor, const std::string& name);
@@ -45,10 +47,12 @@ public:
     event_log(const event_log&) = delete;
     event_log& operator=(const event_log&) = delete;
 
-    // Writes one line and its end. Throws io_error.
+    // Writes one line and its end. Throws io_error; the file then ends with the line before.
     void write(const std::string& line);
 
 private:
+    [[noreturn]] void fail(off_t start) const;
+
     std::string m_name;
     int m_descriptor = -1;
     bool m_owned = false;

@@ -1,5 +1,6 @@
 #include "apps/orva_fire/outputs.h"
 
+#include <exception>
 #include <filesystem>
 
 #include "apps/orva_fire/error.h"
@@ -112,9 +113,16 @@ void outputs::record(const fire_event& event, const std::string& zone, int grade
     event_context context = context_at(wall_milliseconds);
     context.zone = zone;
     context.grade = grade;
-    if (m_snapshots) context.snapshot = m_snapshots->take(event, picture);
+    std::exception_ptr lost;
+    try {
+        if (m_snapshots) context.snapshot = m_snapshots->take(event, picture);
+    } catch (const io_error&) {
+        lost = std::current_exception();
+    }
     if (!context.snapshot.empty()) ++m_pictures;
+    // The event itself is told, whatever became of its picture.
     write_line(event_line(event, context), event.kind == event_kind::update);
+    if (lost) std::rethrow_exception(lost);
 }
 
 void outputs::record(const trouble_event& event, const moment& at, const std::optional<int64_t>& wall_milliseconds) {

@@ -77,34 +77,46 @@ bool read_some(int descriptor, std::string& text) {
     return true;
 }
 
-// Sends a signal once a text was said.
-class reminder {
+// Lets incidents happen once their texts were said, each after the one before.
+class course_of_events {
 public:
-    reminder(const program_setting& setting, pid_t child) : m_setting(setting), m_child(child) {}
+    course_of_events(const program_setting& setting, pid_t child) : m_incidents(setting.incidents) {
+        if (setting.until.empty()) return;
+        const int signal = setting.signal;
+        m_incidents.push_back({setting.until, [child, signal] { kill(child, signal); }});
+    }
 
     void look_at(const program_result& result) {
-        if (m_sent || m_setting.until.empty()) return;
-        if (result.output.find(m_setting.until) == std::string::npos &&
-            result.errors.find(m_setting.until) == std::string::npos) {
-            return;
+        while (m_next < m_incidents.size()) {
+            const incident& one = m_incidents[m_next];
+            if (result.output.find(one.after) == std::string::npos &&
+                result.errors.find(one.after) == std::string::npos) {
+                return;
+            }
+            ++m_next;
+            one.happens();
         }
-        m_sent = true;
-        kill(m_child, m_setting.signal);
     }
 
 private:
-    const program_setting& m_setting;
-    const pid_t m_child;
-    bool m_sent = false;
+    std::vector<incident> m_incidents;
+    size_t m_next = 0;
 };
 
-void read_both(int output, int errors, program_result& result, reminder signal) {
+// Closes the end of the output once the reader has had enough.
+void read_both(int output, int errors, size_t enough, program_result& result, course_of_events course) {
     std::array<pollfd, 2> waiting{{{output, POLLIN, 0}, {errors, POLLIN, 0}}};
     while (waiting[0].fd >= 0 || waiting[1].fd >= 0) {
-        if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) return;
-        if (waiting[0].revents && !read_some(output, result.output)) waiting[0].fd = -1;
+        if (poll(waiting.data(), waiting.size(), -1) < 0 && errno != EINTR) break;
+        bool stays = true;
+        if (waiting[0].fd >= 0 && waiting[0].revents) stays = read_some(output, result.output);
+        if (enough > 0 && result.output.size() >= enough) stays = false;
+        if (waiting[0].fd >= 0 && !stays) {
+            close(output);
+            waiting[0].fd = -1;
+        }
         if (waiting[1].revents && !read_some(errors, result.errors)) waiting[1].fd = -1;
-        signal.look_at(result);
+        course.look_at(result);
     }
 }
 
@@ -118,8 +130,8 @@ program_result run_program(const std::vector<std::string>& command, const progra
     close(errors.write);
     program_result result;
     if (setting.reader_goes_away) close(output.read);
-    read_both(setting.reader_goes_away ? -1 : output.read, errors.read, result, reminder(setting, child));
-    if (!setting.reader_goes_away) close(output.read);
+    read_both(setting.reader_goes_away ? -1 : output.read, errors.read, setting.reader_leaves_after, result,
+              course_of_events(setting, child));
     close(errors.read);
     int status = 0;
     check(waitpid(child, &status, 0) == child, "waitpid");

@@ -2,6 +2,7 @@
 #ifndef ORVA_TESTS_APPS_RUN_PROGRAM_H
 #define ORVA_TESTS_APPS_RUN_PROGRAM_H
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -14,14 +15,23 @@ struct program_result {
     std::string errors;  // standard error
 };
 
+// Something that happens to the program once a text was said, on either output.
+struct incident {
+    std::string after;
+    std::function<void()> happens;
+};
+
 struct program_setting {
-    std::string folder;             // to run in; empty: the caller's
-    bool error_terminal = false;    // standard error is a terminal
-    bool closed_output = false;     // the program starts without descriptor 1
-    bool reader_goes_away = false;  // nobody reads standard output
-    std::string input;              // file for standard input; empty: /dev/null
-    std::string until;  // once this was said, on either output, the program is sent the signal; empty: never
-    int signal = 15;    // SIGTERM
+    std::string folder;               // to run in; empty: the caller's
+    bool error_terminal = false;      // standard error is a terminal
+    bool closed_output = false;       // the program starts without descriptor 1
+    bool reader_goes_away = false;    // nobody reads standard output
+    size_t reader_leaves_after = 0;   // whoever reads standard output leaves after so many bytes; 0: stays
+    std::string input;                // file for standard input; empty: /dev/null
+    std::vector<incident> incidents;  // one after the other
+    std::string
+        until;        // after them: once this was said, on either output, the program is sent the signal; empty: never
+    int signal = 15;  // SIGTERM
     std::vector<std::string> environment;  // NAME=value, added to the caller's
 };
 

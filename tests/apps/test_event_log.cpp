@@ -1,5 +1,7 @@
 // Events as lines of JSON.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -107,6 +109,41 @@ TEST(event_log, leaves_a_borrowed_descriptor_open) {
     EXPECT_STREQ(text, "one\nx");
     close(ends[0]);
     close(ends[1]);
+}
+
+// A file that may grow to 50 bytes: the second line of 30 does not fit, of which the system writes a part.
+TEST(event_log, takes_back_a_line_that_found_no_room) {
+    const apps_test::temporary_folder folder;
+    const std::string path = folder.file("events");
+    event_log log(path);
+    log.write(std::string(29, 'a'));
+    rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small = {50, before.rlim_max};
+    const auto handler = signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THROW(log.write(std::string(29, 'b')), io_error);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    signal(SIGXFSZ, handler);
+    EXPECT_EQ(apps_test::read_file(path), std::string(29, 'a') + "\n");
+    log.write("c");
+    EXPECT_EQ(apps_test::read_file(path), std::string(29, 'a') + "\nc\n");
+}
+
+struct torn_row {
+    const char* before;
+    const char* after;
+};
+
+TEST(event_log, that_goes_on_in_a_file_begins_a_line) {
+    for (const torn_row& row :
+         {torn_row{"", "new\n"}, torn_row{"old\n", "old\nnew\n"}, torn_row{"old", "old\nnew\n"}}) {
+        const apps_test::temporary_folder folder;
+        const std::string path = folder.file("events");
+        apps_test::write_file(path, row.before);
+        event_log(path, true).write("new");
+        EXPECT_EQ(apps_test::read_file(path), row.after);
+    }
 }
 
 }  // namespace
