@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "apps/orva_fire/batch.h"
 #include "apps/orva_fire/check.h"
 #include "apps/orva_fire/command_line.h"
 #include "apps/orva_fire/detect.h"
 #include "apps/orva_fire/eval.h"
+#include "apps/orva_fire/merge.h"
 #include "apps/orva_fire/options.h"
 #include "apps/orva_fire/tune.h"
 
@@ -20,6 +22,11 @@ int detect_command(int argc, const char* const* argv) {
 int drill_command(int argc, const char* const* argv) {
     const command wanted = parse_drill(argc, argv);
     return wanted.detect ? run_detect(*wanted.detect) : wanted.exit_code;
+}
+
+int batch_command_line(int argc, const char* const* argv) {
+    const batch_command wanted = parse_batch(argc, argv);
+    return wanted.batch ? run_batch(*wanted.batch) : wanted.exit_code;
 }
 
 int check_command(int argc, const char* const* argv) {
@@ -44,6 +51,8 @@ struct subcommand {
 const subcommand k_commands[] = {
     {"detect", detect_command, "look for fire in a source; the command may be left out"},
     {"drill", drill_command, "lay a synthetic flame over a source and follow the event through every output"},
+    {"batch", batch_command_line, "look for fire in recordings in bulk, on as many machines as there are"},
+    {"merge", merge_command, "join the results of batch into one report"},
     {"check", check_command, "try the detector on a built-in scene; how many cameras does this machine sustain?"},
     {"tune", tune_command, "show what each sensitivity would report in recordings"},
     {"eval", eval_command, "measure how well fire is found in labelled recordings"},

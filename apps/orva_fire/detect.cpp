@@ -89,7 +89,8 @@ std::unique_ptr<picture_source> source_of(const detect_options& options, const s
 
 class detection_run {
 public:
-    explicit detection_run(const detect_options& options);
+    // summary: is filled in as the run goes on; outlives it.
+    detection_run(const detect_options& options, run_summary& summary);
     int run();
 
 private:
@@ -118,7 +119,7 @@ private:
 
     const detect_options m_options;
     const std::vector<zone_spec> m_wanted;
-    run_summary m_summary;
+    run_summary& m_summary;
     drill_source* m_drill = nullptr;  // the source, if it is one
     std::unique_ptr<picture_source> m_source;
     bool m_drill_over = false;
@@ -147,9 +148,10 @@ private:
     std::vector<std::string> m_notes;          // the first warnings, for the report
 };
 
-detection_run::detection_run(const detect_options& options)
+detection_run::detection_run(const detect_options& options, run_summary& summary)
     : m_options(without_overwriting(options)),
       m_wanted(wanted_zones(options)),
+      m_summary(summary),
       m_source(source_of(options, m_wanted, m_drill)),
       m_progress(m_source->duration()),
       m_library_output(options.library_log, options.library_log_limit),
@@ -375,7 +377,8 @@ int detection_run::conclude() {
     m_summary.first_report = m_tracker.first_report();
     write_report(problem);
     std::fprintf(stderr, "orva-fire: %s", summary_text(m_summary).c_str());
-    std::fprintf(stderr, "  written   %s\n", m_options.folder.c_str());
+    std::fprintf(stderr, "  written   %s\n",
+                 (m_options.shown_folder.empty() ? m_options.folder : m_options.shown_folder).c_str());
     if (m_drill) return conclude_drill(problem);
     if (!problem.empty()) throw io_error(problem + "; what was found up to there is written");
     return m_tracker.reports() > 0 ? k_exit_fire : k_exit_nothing;
@@ -413,10 +416,12 @@ int detection_run::conclude_drill(const std::string& problem) {
 
 }  // namespace
 
-int run_detect(const detect_options& options) {
+int run_detect(const detect_options& options, run_summary* summary) {
     const std::vector<std::string> videos = videos_in_folder(options.source.text);
     if (options.drill && !videos.empty()) throw usage_error("a drill needs one source, not a folder of videos");
-    return videos.empty() ? detection_run(options).run() : run_folder(options, videos);
+    if (!videos.empty()) return run_folder(options, videos);
+    run_summary own;
+    return detection_run(options, summary ? *summary : own).run();
 }
 
 }  // namespace orva_fire

@@ -33,15 +33,6 @@ bool is_folder(const std::string& path) {
     return fs::is_directory(path, error);
 }
 
-bool is_video_name(const std::string& name) {
-    static const std::set<std::string> k_endings = {
-        ".mp4", ".m4v", ".mkv", ".mov", ".avi", ".ts",  ".mts",  ".m2ts", ".mpg",  ".mpeg",  ".webm", ".flv",
-        ".wmv", ".3gp", ".asf", ".ogv", ".264", ".265", ".h264", ".h265", ".hevc", ".mjpeg", ".mjpg", ".dav"};
-    std::string ending = fs::path(name).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    return k_endings.count(ending) > 0;
-}
-
 template <typename Wanted>
 std::vector<std::string> files_in(const std::string& folder, Wanted wanted) {
     std::vector<std::string> files;
@@ -107,6 +98,15 @@ bool is_remote(const std::string& text) {
 }
 
 }  // namespace
+
+bool is_video_name(const std::string& name) {
+    static const std::set<std::string> k_endings = {
+        ".mp4", ".m4v", ".mkv", ".mov", ".avi", ".ts",  ".mts",  ".m2ts", ".mpg",  ".mpeg",  ".webm", ".flv",
+        ".wmv", ".3gp", ".asf", ".ogv", ".264", ".265", ".h264", ".h265", ".hevc", ".mjpeg", ".mjpg", ".dav"};
+    std::string ending = fs::path(name).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    return k_endings.count(ending) > 0;
+}
 
 std::unique_ptr<picture_source> open_source(const source_options& options) {
     const std::string& text = options.text;

@@ -25,6 +25,9 @@ struct source_options {
 // Throws usage_error and io_error, which never repeat a password.
 std::unique_ptr<picture_source> open_source(const source_options& options);
 
+// True for names that end as those of videos do.
+bool is_video_name(const std::string& name);
+
 // The videos in a folder, sorted, if the text is a folder that holds some; nothing otherwise.
 std::vector<std::string> videos_in_folder(const std::string& text);
 

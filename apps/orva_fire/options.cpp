@@ -2,11 +2,15 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 
 #include "ORVA_FireDetection.h"
 #include "apps/orva_fire/command_line.h"
 #include "apps/orva_fire/commands.h"
+#include "apps/orva_fire/done_record.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/event_command.h"
 #include "apps/orva_fire/look_options.h"
@@ -83,20 +87,50 @@ Examples:
   orva-fire drill --config gate.conf -o drill
   orva-fire drill rtsp://viewer@10.0.0.7/main --password-file gate.password -o drill --on-event alarm)";
 
+const char k_batch_footer[] =
+    R"(SOURCE is a video file or a folder, which is searched with all folders in it. The results of gate/1.mp4 lie in
+FOLDER/gate/1.mp4. They appear there when they are complete, with a file done.json: what was done before, by the same
+version with the same options from a file of the same size and time, is not done again. A task may be killed and
+repeated at any moment. orva-fire merge joins the results.
+
+Exit codes: 0 all recordings are done, with or without fire in them; 2 usage, 3 one could not be read to its end.
+
+Examples:
+  orva-fire batch recordings -o results                        what is not done yet
+  orva-fire batch recordings -o results --shard 3/8            the third of eight machines' shares
+  orva-fire batch recordings -o results --plan 8               who would look at what
+  orva-fire batch --base recordings -o results recordings/gate/1.mp4
+  orva-fire merge results --expect recordings)";
+
+// Options that do not change what is found in a recording.
+const char* const k_indifferent[] = {"SOURCE", "--source", "--output", "--config",   "--list",
+                                     "--base", "--shard",  "--plan",   "--on-event", "--on-event-timeout"};
+
+std::string text_in(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
 // The options of detection on one app, and what they were given.
 class detect_options_reader {
 public:
     detect_options_reader(CLI::App& app, const char* source_name);
+    void add_detect();
     void add_drill();
+    void add_batch();
     command read(int argc, const char* const* argv);
+    batch_command read_batch(int argc, const char* const* argv);
 
 private:
     void add_source();
     void add_results();
+    void add_places();
     void add_commands();
     void add_detector();
     void check() const;
+    void check_batch() const;
     detect_options finished() const;
+    std::string settings() const;
 
     CLI::App& m_app;
     const std::string m_source_name;
@@ -106,12 +140,44 @@ private:
     bool m_no_trouble = false;
     bool m_no_video = false, m_no_events = false, m_no_snapshots = false, m_no_report = false;
     std::string m_explain;
+    batch_options m_batch;
+    std::string m_shard;
 };
 
 detect_options_reader::detect_options_reader(CLI::App& app, const char* source_name)
-    : m_app(app), m_source_name(source_name) {
+    : m_app(app), m_source_name(source_name) {}
+
+void detect_options_reader::add_detect() {
     add_source();
-    add_config_file(app);
+    add_config_file(m_app);
+    add_detector();
+    add_results();
+    add_places();
+    add_commands();
+}
+
+void detect_options_reader::add_batch() {
+    m_app.add_option(m_source_name, m_batch.search.sources, "what to look at, see below")->type_name("");
+    m_app
+        .add_option("--list", m_batch.search.list,
+                    "look at the recordings and folders on the lines of this file too; - is standard input")
+        ->type_name("FILE");
+    m_app
+        .add_option("--base", m_batch.search.base,
+                    "names of results are the paths below this folder (default: SOURCE, if it is one folder, otherwise "
+                    "the current folder)")
+        ->type_name("FOLDER");
+    m_app
+        .add_option("--shard", m_shard,
+                    "look at the K-th of N shares only, divided by length; every machine finds the same division")
+        ->type_name("K/N")
+        ->check(CLI::Validator([](const std::string& text) { return complaint_of(parse_shard, text); }, ""));
+    m_app
+        .add_option("--plan", m_batch.plan,
+                    "look at nothing; print shard, seconds and path of every recording, divided by so many")
+        ->type_name("N")
+        ->check(CLI::Validator(CLI::Range(1, 100000)).description(""));
+    add_config_file(m_app);
     add_detector();
     add_results();
     add_commands();
@@ -155,29 +221,10 @@ void detect_options_reader::add_results() {
         ->capture_default_str()
         ->type_name("FOLDER");
     m_app
-        .add_option("--events", m_options.events,
-                    "file for the events instead of events.jsonl in the folder; - for standard output")
-        ->type_name("FILE");
-    m_app.add_option("--frames", m_options.frames, "write the boxes of every picture there, one JSON object a line")
-        ->type_name("FILE");
-    m_app
-        .add_option("--video", m_options.video,
-                    "file for the annotated video instead of annotated.mp4 in the folder; - for a stream to a player")
-        ->type_name("FILE");
-    m_app
         .add_option("--segment", m_options.segment,
                     "begin a new video file after this time; 0 for one file (default: 600 for cameras, 0 otherwise)")
         ->type_name("SECONDS")
         ->check(time_from(0));
-    m_app
-        .add_option("--keep", m_options.keep_hours,
-                    "remove a camera's video files that are older; 0 keeps them all (default: 24)")
-        ->type_name("HOURS")
-        ->check(time_from(0));
-    m_app
-        .add_option("--library-log", m_options.library_log,
-                    "keep the detector's own lines in this file, 16 MiB at most")
-        ->type_name("FILE");
     m_app.add_flag("--no-video", m_no_video, "write no annotated video, which takes most of the time");
     m_app.add_flag("--no-events", m_no_events, "write no file of events");
     m_app.add_flag("--no-snapshots", m_no_snapshots, "write no pictures of events");
@@ -189,6 +236,28 @@ void detect_options_reader::add_results() {
             "box was reported or not, into explain/ in the folder")
         ->type_name("")
         ->check(CLI::Validator(check_frames, ""));
+}
+
+void detect_options_reader::add_places() {
+    m_app
+        .add_option("--events", m_options.events,
+                    "file for the events instead of events.jsonl in the folder; - for standard output")
+        ->type_name("FILE");
+    m_app.add_option("--frames", m_options.frames, "write the boxes of every picture there, one JSON object a line")
+        ->type_name("FILE");
+    m_app
+        .add_option("--video", m_options.video,
+                    "file for the annotated video instead of annotated.mp4 in the folder; - for a stream to a player")
+        ->type_name("FILE");
+    m_app
+        .add_option("--keep", m_options.keep_hours,
+                    "remove a camera's video files that are older; 0 keeps them all (default: 24)")
+        ->type_name("HOURS")
+        ->check(time_from(0));
+    m_app
+        .add_option("--library-log", m_options.library_log,
+                    "keep the detector's own lines in this file, 16 MiB at most")
+        ->type_name("FILE");
 }
 
 void detect_options_reader::add_commands() {
@@ -262,6 +331,43 @@ void detect_options_reader::check() const {
     }
 }
 
+void detect_options_reader::check_batch() const {
+    if (m_batch.search.sources.empty() && m_batch.search.list.empty()) {
+        throw CLI::ValidationError(m_source_name, "name what to look at");
+    }
+    if (!m_shard.empty() && m_batch.plan > 0) {
+        throw CLI::ValidationError("--plan", "it shows all shards; leave out --shard");
+    }
+    if (m_regions.size() > FD_MAX_CHANNELS) throw CLI::ValidationError("--region", "at most 128 regions are possible");
+}
+
+// What the options say that decide about the results, whether on the command line or in a file.
+std::string detect_options_reader::settings() const {
+    std::string text;
+    for (const CLI::Option* option : m_app.get_options()) {
+        const std::string name = option->get_name();
+        const auto same = [&](const char* other) { return name == other; };
+        if (option->count() == 0 || std::any_of(std::begin(k_indifferent), std::end(k_indifferent), same)) continue;
+        text += name + "\n";
+        for (const std::string& value : option->results()) text += "  " + value + "\n";
+    }
+    return m_options.zones.empty() ? text : text + text_in(m_options.zones);
+}
+
+batch_command detect_options_reader::read_batch(int argc, const char* const* argv) {
+    batch_command result;
+    if (const auto exit_code = read_command_line(m_app, argc, argv, [this] { check_batch(); })) {
+        result.exit_code = *exit_code;
+        return result;
+    }
+    result.batch = m_batch;
+    result.batch->detect = finished();
+    result.batch->search.results = m_options.folder;
+    if (!m_shard.empty()) result.batch->shard = parse_shard(m_shard);
+    result.batch->settings = digest_of(settings());
+    return result;
+}
+
 command detect_options_reader::read(int argc, const char* const* argv) {
     command result;
     if (const auto exit_code = read_command_line(m_app, argc, argv, [this] { check(); })) {
@@ -277,13 +383,17 @@ command detect_options_reader::read(int argc, const char* const* argv) {
 command parse_command_line(int argc, const char* const* argv) {
     CLI::App app(k_purpose, "orva-fire");
     set_manners(app, k_footer + ("\n\nCommands, each with its own --help:\n" + list_of_commands()));
-    return detect_options_reader(app, "VIDEO").read(argc, argv);
+    detect_options_reader reader(app, "VIDEO");
+    reader.add_detect();
+    return reader.read(argc, argv);
 }
 
 command parse_detect(int argc, const char* const* argv) {
     CLI::App app(k_purpose, "orva-fire detect");
     set_manners(app, k_footer);
-    return detect_options_reader(app, "SOURCE").read(argc, argv);
+    detect_options_reader reader(app, "SOURCE");
+    reader.add_detect();
+    return reader.read(argc, argv);
 }
 
 command parse_drill(int argc, const char* const* argv) {
@@ -293,8 +403,20 @@ command parse_drill(int argc, const char* const* argv) {
         "orva-fire drill");
     set_manners(app, k_drill_footer);
     detect_options_reader reader(app, "SOURCE");
+    reader.add_detect();
     reader.add_drill();
     return reader.read(argc, argv);
+}
+
+batch_command parse_batch(int argc, const char* const* argv) {
+    CLI::App app(
+        "Looks for fire in recordings in bulk: each is a task that may be killed, repeated and shared among "
+        "machines.",
+        "orva-fire batch");
+    set_manners(app, k_batch_footer);
+    detect_options_reader reader(app, "SOURCE");
+    reader.add_batch();
+    return reader.read_batch(argc, argv);
 }
 
 }  // namespace orva_fire

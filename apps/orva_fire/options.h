@@ -13,6 +13,8 @@
 #include "apps/orva_fire/geometry.h"
 #include "apps/orva_fire/library_output.h"
 #include "apps/orva_fire/open_source.h"
+#include "apps/orva_fire/recordings.h"
+#include "apps/orva_fire/shards.h"
 #include "apps/orva_fire/tiling.h"
 
 namespace orva_fire {
@@ -30,10 +32,11 @@ struct detect_options {
 
     // Results; "-" for a file is standard output.
     std::string folder = "orva-fire-out";
-    std::string video;        // empty: annotated.mp4 in the folder
-    std::string events;       // empty: events.jsonl in the folder
-    std::string frames;       // a line for each picture; empty: none
-    std::string library_log;  // empty: the library's lines are discarded
+    std::string shown_folder;  // where the results are said to be; empty: the folder
+    std::string video;         // empty: annotated.mp4 in the folder
+    std::string events;        // empty: events.jsonl in the folder
+    std::string frames;        // a line for each picture; empty: none
+    std::string library_log;   // empty: the library's lines are discarded
     int64_t library_log_limit = k_library_log_limit;
     bool write_video = true, write_events = true, write_snapshots = true, write_report = true;
     std::optional<frame_choice> explain;  // pictures to explain; none: none
@@ -44,6 +47,15 @@ struct detect_options {
 
     // A drill: a synthetic flame is laid over the pictures, and this many seconds are given for it to be reported.
     std::optional<double> drill;
+};
+
+// Recordings in bulk.
+struct batch_options {
+    detect_options detect;    // its folder is that of all results; it names no source
+    recording_search search;  // what to look at
+    shard_choice shard;       // of that
+    int plan = 0;             // only say how so many shards would divide it; 0: look at it
+    std::string settings;     // a digest of all options that decide about the results
 };
 
 // What the command line asks for: a run, or (after help or a complaint was printed) the exit code to leave with.
@@ -59,6 +71,13 @@ command parse_detect(int argc, const char* const* argv);
 
 // `orva-fire drill SOURCE ...`: the same options and one more.
 command parse_drill(int argc, const char* const* argv);
+
+// `orva-fire batch SOURCE...`: many sources, and the options that do not name one file for all of them.
+struct batch_command {
+    std::optional<batch_options> batch;
+    int exit_code = 0;
+};
+batch_command parse_batch(int argc, const char* const* argv);
 
 }  // namespace orva_fire
 

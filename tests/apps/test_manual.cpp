@@ -25,7 +25,7 @@ std::set<std::string> options_in(const std::string& text, const std::string& pat
 TEST(manual_page, names_every_option_of_the_help_and_no_other) {
     const std::string page = read_file(ORVA_MANUAL);
     std::string help;
-    for (const char* command : {"detect", "drill", "check", "tune", "eval"}) {
+    for (const char* command : {"detect", "drill", "batch", "merge", "check", "tune", "eval"}) {
         help += run_program({ORVA_FIRE_PROGRAM, command, "--help"}).output;
     }
     const auto in_page = options_in(page, "(?:^|\n)(?:\\*-.\\*, )?\\*(--[a-z-]+)\\*");

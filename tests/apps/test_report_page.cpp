@@ -6,6 +6,7 @@
 #include <regex>
 
 #include "apps/orva_fire/html.h"
+#include "apps/orva_fire/joined_report.h"
 #include "apps/orva_fire/picture_file.h"
 #include "apps/orva_fire/report.h"
 #include "apps/orva_fire/video_source.h"
@@ -57,6 +58,14 @@ protected:
         return lines;
     }
 
+    // Names of all elements, in their order.
+    static std::vector<std::string> elements_of(const std::string& dom) {
+        std::vector<std::string> names;
+        const std::regex tag("<([a-zA-Z/][^\\s>]*)");
+        for (std::sregex_iterator i(dom.begin(), dom.end(), tag), end; i != end; ++i) names.push_back((*i)[1]);
+        return names;
+    }
+
     const temporary_folder m_folder;
 };
 
@@ -72,20 +81,42 @@ TEST_F(in_a_browser, a_blocked_script_would_be_heard_too) {
 }
 
 TEST_F(in_a_browser, a_report_of_hostile_names_has_no_console_message_and_no_element_more) {
-    const auto elements = [](const std::string& dom) {
-        std::vector<std::string> names;
-        const std::regex tag("<([a-zA-Z/][^\\s>]*)");
-        for (std::sregex_iterator i(dom.begin(), dom.end(), tag), end; i != end; ++i) names.push_back((*i)[1]);
-        return names;
-    };
     const auto harmless = open(report_page({example_report("yard.mp4")}), {"--dump-dom"});
     const auto hostile = open(report_page({example_report(hostile_name())}), {"--dump-dom"});
     ASSERT_EQ(harmless.exit_code, 0) << harmless.errors;
     ASSERT_EQ(hostile.exit_code, 0) << hostile.errors;
     EXPECT_EQ(console_of(harmless), std::vector<std::string>());
     EXPECT_EQ(console_of(hostile), std::vector<std::string>());
-    EXPECT_EQ(elements(hostile.output), elements(harmless.output));
+    EXPECT_EQ(elements_of(hostile.output), elements_of(harmless.output));
     EXPECT_EQ(hostile.output.find("<script"), std::string::npos);
+}
+
+// Results of many recordings whose names are the same.
+joined_results joined_example(const std::string& name, const std::string& folder) {
+    joined_result result;
+    result.name = result.problem = name;
+    result.folder = folder + "/" + url_text(name);
+    result.record.seconds = 60;
+    result.record.events = 1;
+    result.has_report = result.has_video = true;
+    joined_event event;
+    event.zone = name;
+    event.to = 12;
+    result.events = {event};
+    return {{result}, {{name, name}}, {name}};
+}
+
+TEST_F(in_a_browser, a_joined_report_of_hostile_names_has_no_console_message_and_no_element_more) {
+    const auto page = [&](const std::string& name) {
+        return joined_page(joined_example(name, m_folder.path()), {m_folder.path(), name, name});
+    };
+    const auto harmless = open(page("yard.mp4"), {"--dump-dom"});
+    const auto hostile = open(page(hostile_name()), {"--dump-dom"});
+    ASSERT_EQ(harmless.exit_code, 0) << harmless.errors;
+    ASSERT_EQ(hostile.exit_code, 0) << hostile.errors;
+    EXPECT_EQ(console_of(hostile), std::vector<std::string>());
+    EXPECT_NE(harmless.output.find("<td data-l=\"recording\">yard.mp4</td>"), std::string::npos);
+    EXPECT_EQ(elements_of(hostile.output), elements_of(harmless.output));
 }
 
 // Wide and light, narrow and dark: drawn, and not all of one colour.
