@@ -11,7 +11,7 @@ program_packages=(
 )
 
 # What the tests need besides.
-test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 python3-jsonschema binutils git doxygen systemd chromium)
+test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 python3-jsonschema binutils git doxygen systemd chromium parallel)
 
 # What the GStreamer plug-in is built with, and the elements that its tests' pipelines use.
 gstreamer_packages=(
