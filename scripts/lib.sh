@@ -19,6 +19,9 @@ gstreamer_packages=(
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ugly gstreamer1.0-libav
 )
 
+# What looks at the sources without running them.
+static_packages=(clang-tidy cppcheck)
+
 # What Debian packages are made and checked with.
 packaging_packages=(dpkg-dev file lintian mmdebstrap)
 
