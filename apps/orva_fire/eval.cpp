@@ -23,7 +23,7 @@ const char k_footer[] =
     "\nExamples:\n"
     "  orva-fire eval mine.csv\n"
     "  orva-fire eval mine.csv --confirm 1 --tiles auto --json results.json\n"
-    "  orva-fire eval mine.csv --bare-grade 0 --bare-grade 100\n";
+    "  orva-fire eval mine.csv --also-confirm 0 --also-confirm 2 --bare-grade 100\n";
 
 void write_results(const std::string& path, const std::string& text, int standard_output) {
     if (path == "-") {
@@ -68,6 +68,11 @@ int eval_command(int argc, const char* const* argv) {
         ->type_name("MANIFEST");
     look_options look;
     add_look_options(app, look);
+    app.add_option("--also-confirm", options.settings.confirms,
+                   "judge the same reports with this confirmation too; may be given several times")
+        ->type_name("SECONDS")
+        ->check(CLI::Validator(CLI::Range(0.0, 3600.0)).description(""))
+        ->allow_extra_args(false);
     app.add_option("--bare-grade", options.settings.grades,
                    "judge the library's bare answers at this grade too; may be given several times")
         ->type_name("0..100")

@@ -18,7 +18,11 @@ using json = nlohmann::ordered_json;
 class clip_run {
 public:
     clip_run(const labelled_clip& clip, const evaluation_settings& settings)
-        : m_clip(clip), m_settings(settings), m_confirmation(settings.confirm) {}
+        : m_clip(clip), m_settings(settings), m_confirmations{confirmation(settings.confirm)} {
+        for (const double seconds : settings.confirms) {
+            m_confirmations.emplace_back(confirm_settings{seconds, settings.confirm.cooldown});
+        }
+    }
 
     void look(const source_picture& picture);
     void pass(const source_picture& picture);
@@ -29,7 +33,7 @@ private:
 
     const labelled_clip& m_clip;
     const evaluation_settings& m_settings;
-    confirmation m_confirmation;
+    std::vector<confirmation> m_confirmations;
     std::unique_ptr<zone_watcher> m_watcher;
     std::unique_ptr<nv21_converter> m_converter;
     std::vector<std::unique_ptr<fresh_channel>> m_channels;
@@ -46,7 +50,7 @@ void clip_run::open(picture_size size) {
         m_channels.push_back(std::make_unique<fresh_channel>(m_converter->size()));
         m_channels.back()->set_grade(grade);
     }
-    m_scorers.assign(m_settings.grades.size() + 1, clip_scorer(m_clip, size));
+    m_scorers.assign(m_confirmations.size() + m_channels.size(), clip_scorer(m_clip, size));
     m_boxes.resize(m_scorers.size());
 }
 
@@ -54,14 +58,16 @@ void clip_run::look(const source_picture& picture) {
     const picture_size size{picture.frame->width, picture.frame->height};
     if (!m_watcher) open(size);
     const zone_answer answer = m_watcher->observe(*picture.frame, picture.seconds, m_watch, m_watch);
-    m_boxes[0] = m_confirmation.observe(picture.seconds, answer);
+    auto boxes = m_boxes.begin();
+    for (confirmation& each : m_confirmations) *boxes++ = each.observe(picture.seconds, answer);
     if (!m_channels.empty()) {
         nv21_picture& seen = m_converter->convert(*picture.frame);
-        for (size_t i = 0; i < m_channels.size(); ++i) {
-            m_boxes[i + 1].clear();
-            for (const box& b : m_channels[i]->analyse(seen).boxes) {
-                m_boxes[i + 1].push_back(to_source(b, seen.size(), {0, 0, size.width, size.height}));
+        for (const std::unique_ptr<fresh_channel>& channel : m_channels) {
+            boxes->clear();
+            for (const box& b : channel->analyse(seen).boxes) {
+                boxes->push_back(to_source(b, seen.size(), {0, 0, size.width, size.height}));
             }
+            ++boxes;
         }
     }
     pass(picture);
@@ -216,6 +222,7 @@ json total_json(const std::string& way, const char* set, const total_score& tota
 
 std::vector<std::string> evaluated_ways(const evaluation_settings& settings) {
     std::vector<std::string> names{"program"};
+    for (const double seconds : settings.confirms) names.push_back(format("confirm %g s", seconds));
     for (const int grade : settings.grades) names.push_back("grade " + std::to_string(grade));
     return names;
 }
@@ -251,7 +258,11 @@ std::string evaluation_text(const std::vector<clip_evaluation>& clips, const eva
     std::string text = format("%zu recordings, %.1f minutes\n", clips.size(), seconds / 60);
     const std::vector<std::string> ways = evaluated_ways(settings);
     for (size_t way = 0; way < ways.size(); ++way) {
-        text += "\n" + (way == 0 ? "program: " + settings_text(settings) : ways[way] + ", the library's bare answers") +
+        const bool bare = way > settings.confirms.size();
+        text += "\n" + ways[way] +
+                (way == 0 ? ": " + settings_text(settings)
+                 : bare   ? ", the library's bare answers"
+                          : "") +
                 "\n";
         text += way_text(clips, way);
     }

@@ -16,18 +16,20 @@ namespace orva_fire {
 struct evaluation_settings {
     watch_settings watch;
     confirm_settings confirm;
-    double rate = 0;          // pictures a second at most; 0: all
-    std::vector<int> grades;  // at which the library's bare answers are judged too, on the whole picture
+    double rate = 0;               // pictures a second at most; 0: all
+    std::vector<double> confirms;  // seconds with which the same reports are confirmed too
+    std::vector<int> grades;       // at which the library's bare answers are judged too, on the whole picture
 };
 
-// What one way of looking made of one recording, and so on for each way: first the program, then the grades.
+// What one way of looking made of one recording, and so on for each way: first the program, then the program with other
+// confirmation, then the grades.
 struct clip_evaluation {
     labelled_clip clip;
     std::string problem;  // why the recording was not read to its end, or not at all; empty if it was
     std::vector<clip_score> scores;
 };
 
-// The names of the ways: "program", "grade 0" and so on.
+// The names of the ways: "program", "confirm 1 s", "grade 0" and so on.
 std::vector<std::string> evaluated_ways(const evaluation_settings& settings);
 
 // Plays one recording. One that cannot be read has a problem and, if there was no picture, no scores; nothing is thrown

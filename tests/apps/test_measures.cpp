@@ -74,14 +74,16 @@ TEST_F(measured, program_and_bare_grades_are_scored_side_by_side) {
     evaluation_settings settings;
     settings.confirm = {0.5, 10};
     settings.watch.max_age = 30;
+    settings.confirms = {0};
     settings.grades = {0, 100};
-    EXPECT_EQ(evaluated_ways(settings), (std::vector<std::string>{"program", "grade 0", "grade 100"}));
+    EXPECT_EQ(evaluated_ways(settings), (std::vector<std::string>{"program", "confirm 0 s", "grade 0", "grade 100"}));
     const clip_evaluation result = evaluate_clip(burning(), settings);
     EXPECT_EQ(result.problem, "");
-    ASSERT_EQ(result.scores.size(), 3u);
+    ASSERT_EQ(result.scores.size(), 4u);
     EXPECT_NEAR(*result.scores[0].fires[0].found, 89 / 25.0, 1e-9);
     EXPECT_NEAR(*result.scores[1].fires[0].found, 75 / 25.0, 1e-9);
-    EXPECT_NEAR(*result.scores[2].fires[0].delay(), 75 / 25.0 - 1, 1e-9);
+    EXPECT_NEAR(*result.scores[2].fires[0].found, 75 / 25.0, 1e-9);
+    EXPECT_NEAR(*result.scores[3].fires[0].delay(), 75 / 25.0 - 1, 1e-9);
     EXPECT_EQ(result.scores[0].pictures, 150);
     EXPECT_NEAR(result.scores[0].seconds, 6, 1e-9);
 
@@ -95,7 +97,7 @@ TEST_F(measured, program_and_bare_grades_are_scored_side_by_side) {
     ASSERT_EQ(json["recordings"].size(), 2u);
     EXPECT_EQ(json["recordings"][1]["file"], "b still <&\">.mkv");
     EXPECT_EQ(json["recordings"][1]["results"][0]["first_report"], nullptr);
-    EXPECT_EQ(json["totals"].size(), 9u) << "three ways, three sets";
+    EXPECT_EQ(json["totals"].size(), 12u) << "four ways, three sets";
     const std::string text = evaluation_text(both, settings);
     EXPECT_NE(text.find("2 recordings, 0.2 minutes"), std::string::npos) << text;
     EXPECT_NE(text.find("100 % (21 to 100)"), std::string::npos) << "Wilson's interval for 1 of 1:\n" << text;
