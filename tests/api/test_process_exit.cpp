@@ -15,7 +15,7 @@ struct ending {
 };
 
 ending run_host(const std::string& state) {
-    const std::string command = std::string("'") + HOST_THAT_EXITS + "' " + state;
+    const std::string command = std::string(HOST_THAT_EXITS) + " " + state;
     std::FILE* pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return {-1, "the host could not be run"};
     std::string text;
