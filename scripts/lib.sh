@@ -7,11 +7,12 @@ ORVA_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 program_packages=(
     g++ make cmake pkg-config
     libavdevice-dev libavformat-dev libavcodec-dev libavfilter-dev libavutil-dev libswscale-dev
-    libcli11-dev nlohmann-json3-dev scdoc
+    libcli11-dev nlohmann-json3-dev libmosquitto-dev scdoc
 )
 
 # What the tests need besides.
-test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 python3-jsonschema binutils git doxygen systemd chromium parallel)
+test_packages=(libgtest-dev libbenchmark-dev clang libclang-rt-14-dev clang-format valgrind python3 python3-jsonschema binutils git doxygen systemd chromium parallel
+    mosquitto mosquitto-clients openssl jq curl netcat-openbsd socat)
 
 # What the GStreamer plug-in is built with, and the elements that its tests' pipelines use.
 gstreamer_packages=(

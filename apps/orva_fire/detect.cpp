@@ -200,6 +200,7 @@ void detection_run::start(const source_picture& first) {
     setting.test = m_options.drill.has_value();
     setting.rate = m_source->nominal_rate();
     setting.size = m_size;
+    setting.zones = m_zone_names;
     setting.own_output = m_library_output.own_output();
     setting.wall_milliseconds = first.wall_milliseconds;
     m_outputs = std::make_unique<outputs>(m_options, setting);
@@ -322,6 +323,7 @@ void detection_run::take(const source_picture& picture) {
     m_wall = picture.wall_milliseconds;
     if (!m_outputs) start(picture);
     ++m_summary.frames;
+    m_outputs->count_picture();
     const bool repeated = repeats(picture);
     if (m_options.watch_trouble) report_trouble(m_trouble.observe(*picture.frame, picture.seconds, repeated));
     const bool passed = passes(picture, repeated);
@@ -408,7 +410,7 @@ int detection_run::conclude_drill(const std::string& problem) {
         throw io_error("the drill failed: the flame was not reported" +
                        (problem.empty() ? "; see --library-log for what the detector made of it" : "; " + problem));
     }
-    if (!m_outputs->all_delivered()) throw io_error("the drill failed: the command of --on-event did not end well");
+    if (!m_outputs->all_delivered()) throw io_error("the drill failed: not every event was delivered");
     std::fprintf(stderr, "orva-fire: the drill passed: the flame was reported %.1f s after it began\n",
                  first->seconds - k_drill_onset);
     return k_exit_nothing;
@@ -418,6 +420,7 @@ int detection_run::conclude_drill(const std::string& problem) {
 
 int run_detect(const detect_options& options, run_summary* summary) {
     const std::vector<std::string> videos = videos_in_folder(options.source.text);
+    if (!options.mqtt.url.empty()) (void)login_of(options.mqtt);  // complains before a camera is waited for
     if (options.drill && !videos.empty()) throw usage_error("a drill needs one source, not a folder of videos");
     if (!videos.empty()) return run_folder(options, videos);
     run_summary own;

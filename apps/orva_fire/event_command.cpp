@@ -31,11 +31,16 @@ std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
     return pointers;
 }
 
-// The program's environment and what is added, without the camera's password.
+bool is_password(const char* entry) {
+    return std::strncmp(entry, "ORVA_FIRE_PASSWORD=", 19) == 0 ||
+           std::strncmp(entry, "ORVA_FIRE_MQTT_PASSWORD=", 24) == 0;
+}
+
+// The program's environment and what is added, without passwords.
 std::vector<std::string> environment_with(const std::vector<std::string>& added) {
     std::vector<std::string> all;
     for (char** entry = environ; *entry; ++entry) {
-        if (std::strncmp(*entry, "ORVA_FIRE_PASSWORD=", 19) != 0) all.emplace_back(*entry);
+        if (!is_password(*entry)) all.emplace_back(*entry);
     }
     all.insert(all.end(), added.begin(), added.end());
     return all;

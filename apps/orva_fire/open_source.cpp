@@ -5,13 +5,13 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/image_source.h"
 #include "apps/orva_fire/input_address.h"
 #include "apps/orva_fire/live_source.h"
+#include "apps/orva_fire/password_file.h"
 #include "apps/orva_fire/pipe_input.h"
 #include "apps/orva_fire/video_source.h"
 
@@ -50,13 +50,7 @@ std::vector<std::string> files_in(const std::string& folder, Wanted wanted) {
 
 std::string password_of(const source_options& options) {
     if (options.password_file.empty()) return options.password;
-    std::ifstream file(options.password_file);
-    std::string line;
-    if (!std::getline(file, line)) {
-        throw io_error("--password-file: cannot read a line from '" + options.password_file + "'");
-    }
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    return line;
+    return read_password_file(options.password_file, "--password-file");
 }
 
 live_settings live_settings_of(const source_options& options) {

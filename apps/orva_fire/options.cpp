@@ -34,7 +34,8 @@ Examples:
   orva-fire video.mp4 --events - | jq .          events on standard output, one JSON object a line
   orva-fire detect rtsp://viewer@10.0.0.7/main --password-file gate.password -o gate
   orva-fire detect /dev/video0 --video - | ffplay -
-  orva-fire detect --config gate.conf --on-event "/usr/local/bin/alarm --gate 3")";
+  orva-fire detect --config gate.conf --on-event "/usr/local/bin/alarm --gate 3"
+  orva-fire detect --config gate.conf --mqtt mqtts://gate@broker.lan --mqtt-password-file broker.password)";
 
 std::string check_rate(const std::string& text) {
     double rate = 0;
@@ -272,6 +273,7 @@ void detect_options_reader::add_commands() {
         ->capture_default_str()
         ->type_name("SECONDS")
         ->check(time_from(0.1));
+    add_mqtt_options(m_app, m_options.mqtt);
 }
 
 void detect_options_reader::add_detector() {
@@ -308,6 +310,7 @@ detect_options detect_options_reader::finished() const {
     // Taken out of the environment, so that no program started from here has it.
     if (const char* password = std::getenv("ORVA_FIRE_PASSWORD")) options.source.password = password;
     unsetenv("ORVA_FIRE_PASSWORD");
+    take_mqtt_password(options.mqtt);
     return options;
 }
 

@@ -12,6 +12,7 @@
 #include "apps/orva_fire/frame_choice.h"
 #include "apps/orva_fire/geometry.h"
 #include "apps/orva_fire/library_output.h"
+#include "apps/orva_fire/mqtt_options.h"
 #include "apps/orva_fire/open_source.h"
 #include "apps/orva_fire/recordings.h"
 #include "apps/orva_fire/shards.h"
@@ -44,6 +45,7 @@ struct detect_options {
     std::optional<double> keep_hours;     // none: the source's kind decides, 0: for ever
     std::string on_event;                 // a command; empty: none
     double on_event_timeout = 10;         // seconds
+    mqtt_options mqtt;
 
     // A drill: a synthetic flame is laid over the pictures, and this many seconds are given for it to be reported.
     std::optional<double> drill;

@@ -65,6 +65,12 @@ outputs::outputs(const detect_options& options, const output_setting& setting)
     }
     if (options.write_video) open_video(options);
     if (!options.on_event.empty()) open_command(options);
+    if (!options.mqtt.url.empty()) open_mqtt(options);
+}
+
+// What was told before a disk was full still reaches the broker.
+outputs::~outputs() {
+    if (m_broker) m_broker->finish();
 }
 
 std::unique_ptr<event_log> outputs::open_log(const std::string& path, const char* option, bool append) const {
@@ -91,6 +97,22 @@ void outputs::open_command(const detect_options& options) {
     const std::string folder = fs::absolute(options.folder, error).string();
     m_command = std::make_unique<event_command>(split_command(options.on_event), options.on_event_timeout,
                                                 std::vector<std::string>{"ORVA_FIRE_FOLDER=" + folder});
+}
+
+void outputs::open_mqtt(const detect_options& options) {
+    mqtt_speaker speaker;
+    mqtt_settings settings;
+    settings.login = login_of(options.mqtt);
+    speaker.prefix = settings.login.broker.prefix;
+    speaker.discovery = options.mqtt.no_discovery ? "" : options.mqtt.discovery;
+    speaker.camera = m_setting.camera;
+    speaker.version = ORVA_FIRE_VERSION;
+    speaker.zones = m_setting.zones;
+    speaker.watches_trouble = options.watch_trouble;
+    speaker.test = m_setting.test;
+    settings.availability = topic_of(speaker, "availability");
+    m_broker = std::make_unique<mqtt_client>(settings);
+    m_mqtt = std::make_unique<mqtt_output>(speaker, *m_broker);
 }
 
 event_context outputs::context_at(const std::optional<int64_t>& wall_milliseconds) const {
@@ -121,12 +143,16 @@ void outputs::record(const fire_event& event, const std::string& zone, int grade
     }
     if (!context.snapshot.empty()) ++m_pictures;
     // The event itself is told, whatever became of its picture.
-    write_line(event_line(event, context), event.kind == event_kind::update);
+    const std::string line = event_line(event, context);
+    if (m_mqtt) m_mqtt->tell(event, line, wall_milliseconds);
+    write_line(line, event.kind == event_kind::update);
     if (lost) std::rethrow_exception(lost);
 }
 
 void outputs::record(const trouble_event& event, const moment& at, const std::optional<int64_t>& wall_milliseconds) {
-    write_line(trouble_line(event, at.frame, context_at(wall_milliseconds)), false);
+    const std::string line = trouble_line(event, at.frame, context_at(wall_milliseconds));
+    if (m_mqtt) m_mqtt->tell(event, line);
+    write_line(line, false);
 }
 
 void outputs::write_picture(const AVFrame& picture, double seconds, const std::optional<int64_t>& wall_milliseconds) {
@@ -143,10 +169,21 @@ video_place outputs::shown_in() const {
 void outputs::finish() {
     if (m_video) m_video->close();
     if (m_command) m_command->finish();
+    if (!m_mqtt) return;
+    m_mqtt->finish();
+    m_broker->finish();
 }
 
 std::vector<std::string> outputs::take_warnings() {
-    return m_command ? m_command->take_warnings() : std::vector<std::string>();
+    std::vector<std::string> warnings;
+    if (m_command) warnings = m_command->take_warnings();
+    if (!m_broker) return warnings;
+    for (const std::string& warning : m_broker->take_warnings()) warnings.push_back(warning);
+    return warnings;
+}
+
+bool outputs::all_delivered() const {
+    return (!m_command || m_command->delivered() == m_lines) && (!m_broker || m_broker->delivered() == m_lines);
 }
 
 std::vector<std::string> outputs::account() const {
@@ -157,6 +194,10 @@ std::vector<std::string> outputs::account() const {
     if (m_command) {
         lines.push_back("command   " + std::to_string(m_command->delivered()) + " of " + std::to_string(m_lines) +
                         " runs ended well");
+    }
+    if (m_broker) {
+        lines.push_back("mqtt      " + std::to_string(m_broker->delivered()) + " of " + std::to_string(m_lines) +
+                        " lines confirmed");
     }
     return lines;
 }

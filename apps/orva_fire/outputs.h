@@ -10,6 +10,8 @@
 #include "apps/orva_fire/event_command.h"
 #include "apps/orva_fire/event_log.h"
 #include "apps/orva_fire/event_tracker.h"
+#include "apps/orva_fire/mqtt_client.h"
+#include "apps/orva_fire/mqtt_output.h"
 #include "apps/orva_fire/options.h"
 #include "apps/orva_fire/report_builder.h"
 #include "apps/orva_fire/snapshot.h"
@@ -24,6 +26,7 @@ struct output_setting {
     bool test = false;  // all events are those of a drill
     double rate = 25;
     picture_size size;
+    std::vector<std::string> zones;
     int own_output = -1;                       // the descriptor of standard output, or -1
     std::optional<int64_t> wall_milliseconds;  // of the first picture of a live source
 };
@@ -32,6 +35,9 @@ class outputs {
 public:
     // Throws usage_error and io_error.
     outputs(const detect_options& options, const output_setting& setting);
+    ~outputs();
+    outputs(const outputs&) = delete;
+    outputs& operator=(const outputs&) = delete;
 
     // True if a picture with its boxes is wanted although nothing happens in it.
     bool wants_every_picture() const { return m_video != nullptr; }
@@ -53,13 +59,19 @@ public:
     bool wants_frames() const { return m_frames != nullptr; }
     void write_frame(const std::string& line) { m_frames->write(line); }
 
-    // Closes the files and waits for the commands.
+    // One picture was seen.
+    void count_picture() {
+        if (m_mqtt) m_mqtt->count_picture();
+    }
+
+    // Closes the files, and waits for the commands and the broker for a while.
     void finish();
 
     std::vector<std::string> take_warnings();
 
-    // True if every run of the command ended well, or there is none. After finish().
-    bool all_delivered() const { return !m_command || m_command->delivered() == m_lines; }
+    // True if every run of the command ended well and the broker has confirmed every line, as far as there are such.
+    // After finish().
+    bool all_delivered() const;
 
     // What was written, one line for each output, as "name  text".
     std::vector<std::string> account() const;
@@ -67,6 +79,7 @@ public:
 private:
     event_context context_at(const std::optional<int64_t>& wall_milliseconds) const;
     void write_line(const std::string& line, bool may_be_left_out);
+    void open_mqtt(const detect_options& options);
     std::unique_ptr<event_log> open_log(const std::string& path, const char* option, bool append) const;
     void open_video(const detect_options& options);
     void open_command(const detect_options& options);
@@ -77,6 +90,8 @@ private:
     std::unique_ptr<snapshot_taker> m_snapshots;
     std::unique_ptr<video_recorder> m_video;
     std::unique_ptr<event_command> m_command;
+    std::unique_ptr<mqtt_client> m_broker;
+    std::unique_ptr<mqtt_output> m_mqtt;  // speaks to the broker
     int m_lines = 0;
     int m_pictures = 0;
 };
