@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "ORVA_FireDetection.h"
-#include "apps/orva_fire/commands.h"
 #include "apps/orva_fire/error.h"
 #include "apps/orva_fire/event_log.h"
 #include "apps/orva_fire/labels.h"
@@ -22,15 +21,6 @@
 #include "apps/orva_fire/zones.h"
 #include "tests/fuzz/byte_source.h"
 #include "tests/fuzz/differences.h"
-
-namespace orva_fire {
-
-// Of the help, which names all commands. They would bring the whole program with them.
-std::string list_of_commands() {
-    return "";
-}
-
-}  // namespace orva_fire
 
 namespace {
 
