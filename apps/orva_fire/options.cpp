@@ -107,6 +107,13 @@ Examples:
 const char* const k_indifferent[] = {"SOURCE", "--source", "--output", "--config",   "--list",
                                      "--base", "--shard",  "--plan",   "--on-event", "--on-event-timeout"};
 
+// Nor do those that say whom to tell of it.
+bool is_indifferent(const std::string& name) {
+    const auto same = [&](const char* other) { return name == other; };
+    return name.find("mqtt") != std::string::npos ||
+           std::any_of(std::begin(k_indifferent), std::end(k_indifferent), same);
+}
+
 std::string text_in(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -349,8 +356,7 @@ std::string detect_options_reader::settings() const {
     std::string text;
     for (const CLI::Option* option : m_app.get_options()) {
         const std::string name = option->get_name();
-        const auto same = [&](const char* other) { return name == other; };
-        if (option->count() == 0 || std::any_of(std::begin(k_indifferent), std::end(k_indifferent), same)) continue;
+        if (option->count() == 0 || is_indifferent(name)) continue;
         text += name + "\n";
         for (const std::string& value : option->results()) text += "  " + value + "\n";
     }

@@ -100,6 +100,10 @@ task_folder::task_folder(const std::string& place) : m_place(with_parent(place))
     std::error_code error;
     fs::create_directories(parent, error);
     if (error) throw io_error("cannot make the folder '" + parent + "': " + error.message());
+    const fs::file_status there = fs::status(m_place, error);
+    if (fs::exists(there) && !fs::is_directory(there)) {
+        throw io_error("'" + m_place + "' is no folder; the results of a recording cannot lie at its own place");
+    }
     clear_away(m_place);
     make();
 }

@@ -83,7 +83,8 @@ TEST_F(batch, does_what_is_not_done_and_nothing_else) {
     result = look({"--grade", "85"});
     EXPECT_TRUE(says(result, "2 done, 0 done before, 0 failed")) << "other options: " << result.errors;
     write_file(m_folder.file("options"), "grade = 85\nno-video = true\n");
-    result = run({"batch", "recordings", "-o", "out", "--config", "options", "--on-event", "true"});
+    result = run({"batch", "recordings", "-o", "out", "--config", "options", "--on-event", "true", "--mqtt-discovery",
+                  "home", "--mqtt", "mqtt://user@localhost:1"});
     EXPECT_TRUE(says(result, "0 done, 2 done before, 0 failed")) << "the same from a file: " << result.errors;
 }
 
@@ -111,6 +112,18 @@ TEST_F(batch, tries_again_what_cannot_be_read_and_goes_on_with_the_others) {
         EXPECT_TRUE(says(result, "cannot read 'recordings/1.mp4'")) << result.errors;
     }
     EXPECT_EQ(run({"batch", "recordings/none.mp4", "--base", "recordings", "-o", "out"}).exit_code, 3);
+}
+
+TEST_F(batch, goes_on_with_the_others_if_results_cannot_be_put_in_their_place) {
+    clip("1.mkv", 5, false);
+    clip("2.mkv", 5, false);
+    fs::create_directories(m_folder.file("out"));
+    write_file(out("1.mkv"), "in the way");
+    const program_result result = look();
+    EXPECT_EQ(result.exit_code, 3);
+    EXPECT_TRUE(says(result, "'out/1.mkv' is no folder")) << result.errors;
+    EXPECT_TRUE(says(result, "1 done, 0 done before, 1 failed")) << result.errors;
+    EXPECT_EQ(read_file(out("1.mkv")), "in the way");
 }
 
 TEST_F(batch, takes_nothing_for_done_that_changed_while_it_was_looked_at) {

@@ -116,6 +116,13 @@ TEST_F(task, says_which_folder_it_cannot_make) {
     }
 }
 
+TEST_F(task, leaves_the_recording_alone_when_results_are_to_lie_beside_it) {
+    write_file(m_folder.file("gate.mp4"), "pictures");
+    EXPECT_THROW(task_folder(m_folder.file("gate.mp4")), io_error);
+    EXPECT_EQ(read_file(m_folder.file("gate.mp4")), "pictures");
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder.path()), fs::directory_iterator()), 1);
+}
+
 struct unfinished_row : support::named_row {
     const char* folder;
     const char* place;
