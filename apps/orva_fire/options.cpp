@@ -104,8 +104,10 @@ Examples:
   orva-fire merge results --expect recordings)";
 
 // Options that do not change what is found in a recording.
-const char* const k_indifferent[] = {"SOURCE", "--source", "--output", "--config",   "--list",
-                                     "--base", "--shard",  "--plan",   "--on-event", "--on-event-timeout"};
+const char* const k_indifferent[] = {
+    "SOURCE",    "--source",         "--output",           "--config",           "--list", "--base",
+    "--shard",   "--plan",           "--on-event",         "--on-event-timeout", "--mqtt", "--mqtt-password-file",
+    "--mqtt-ca", "--mqtt-discovery", "--no-mqtt-discovery"};
 
 // Nor do those that say whom to tell of it.
 bool is_indifferent(const std::string& name) {

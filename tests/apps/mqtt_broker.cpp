@@ -86,6 +86,15 @@ void mqtt_broker::start() {
     if (!start_at(m_port)) throw std::runtime_error("the broker does not start again");
 }
 
+void mqtt_broker::freeze() {
+    kill(m_process, SIGSTOP);
+}
+
+void mqtt_broker::crash() {
+    kill(m_process, SIGKILL);
+    stop();
+}
+
 void mqtt_broker::stop() {
     if (m_process < 0) return;
     // More than once: it forgets a signal that comes just after it has said that it runs.

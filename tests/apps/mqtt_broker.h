@@ -26,6 +26,10 @@ public:
     void stop();
     void start();
 
+    // It takes what is sent and answers nothing, until it is killed.
+    void freeze();
+    void crash();
+
 private:
     bool start_at(int port);
 

@@ -44,10 +44,13 @@ TEST(split_command, refuses_what_has_no_end_or_no_beginning) {
 TEST(event_command, gets_each_event_and_the_folder_but_no_password) {
     const temporary_folder folder;
     setenv("ORVA_FIRE_PASSWORD", "secret", 1);
+    setenv("ORVA_FIRE_MQTT_PASSWORD", "secret", 1);
     event_command command(
-        {"sh", "-c", "cat >> \"$1\"; echo \"$FOLDER $ORVA_FIRE_PASSWORD\" >> \"$1\"", "sh", folder.file("got")}, 30,
-        {"FOLDER=there"});
+        {"sh", "-c", "cat >> \"$1\"; echo \"$FOLDER $ORVA_FIRE_PASSWORD$ORVA_FIRE_MQTT_PASSWORD\" >> \"$1\"", "sh",
+         folder.file("got")},
+        30, {"FOLDER=there"});
     unsetenv("ORVA_FIRE_PASSWORD");
+    unsetenv("ORVA_FIRE_MQTT_PASSWORD");
     command.send("{\"event\":\"start\"}", false);
     command.send("{\"event\":\"end\"}", false);
     command.finish();

@@ -85,6 +85,30 @@ TEST(mqtt_client, sends_what_waited_while_the_broker_was_away_and_counts_what_wa
     EXPECT_EQ(client.lost(), 2);
 }
 
+TEST(mqtt_client, sends_again_what_was_not_confirmed) {
+    mqtt_broker broker;
+    mqtt_settings settings = settings_for(broker.address());
+    settings.queue_limit = 1;
+    mqtt_client client(settings);
+    {
+        const mqtt_listener listener(broker.port());
+        EXPECT_TRUE(listener.wait_for("f/gate/availability", "online"));
+    }
+    broker.freeze();
+    client.send({"f/gate/event", "start"}, false);
+    // Once the queue has room again, the start is on its way.
+    int64_t before = 0;
+    do {
+        before = client.lost();
+        client.send({"f/gate/event", "update"}, true);
+    } while (client.lost() > before);
+    broker.crash();
+    broker.start();
+    client.finish();
+    EXPECT_EQ(client.delivered(), 2);
+    EXPECT_EQ(client.lost(), before);
+}
+
 TEST(mqtt_client, gives_up_at_the_end_and_counts_the_rest_as_lost) {
     std::string address;
     {
