@@ -101,7 +101,6 @@ TEST_F(recordings, that_are_named_need_not_exist) {
 TEST_F(recordings, must_lie_below_the_base) {
     put("r/1.mp4");
     recording_search search = in("r/1.mp4");
-    EXPECT_THROW((void)find_recordings(search), usage_error) << "the current folder is no base of it";
     search.base = m_folder.file("r/1.mp4");
     EXPECT_THROW((void)find_recordings(search), usage_error);
     search.base = m_folder.file("other");
