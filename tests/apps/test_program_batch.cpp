@@ -80,6 +80,8 @@ TEST_F(batch, does_what_is_not_done_and_nothing_else) {
     result = look();
     EXPECT_TRUE(says(result, "0 done, 2 done before, 0 failed")) << result.errors;
 
+    result = look({"--grade", "84"});
+    EXPECT_TRUE(says(result, "2 done, 0 done before, 0 failed")) << "one more option: " << result.errors;
     result = look({"--grade", "85"});
     EXPECT_TRUE(says(result, "2 done, 0 done before, 0 failed")) << "other options: " << result.errors;
     write_file(m_folder.file("options"), "grade = 85\nno-video = true\n");
