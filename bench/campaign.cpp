@@ -124,6 +124,12 @@ thread_gain two_threads(contender& who, const scene& s, int channels, int attemp
     return gain;
 }
 
+weighed_frame weigh(const part& frame, const part& against) {
+    const plan p = {54, 5, 2, 5, 1e9};
+    const std::vector<timing> times = measure({frame, against}, p);
+    return {median(times[0].frames_ns), ratio(times[0], times[1]).mid};
+}
+
 std::vector<double> time_open(contender& who, int times) {
     std::vector<double> result;
     for (int i = 0; i < times; ++i) {

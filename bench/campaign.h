@@ -34,6 +34,13 @@ struct thread_gain {
 };
 thread_gain two_threads(contender& who, const scene& s, int channels, int attempts);
 
+// What a frame costs, and which part that is of another contender's frame in another scene, turn by turn.
+struct weighed_frame {
+    double ns;
+    double share;
+};
+weighed_frame weigh(const part& frame, const part& against);
+
 // Nanoseconds of opening a channel, and of initialising the library (which is initialised, and is
 // again afterwards).
 std::vector<double> time_open(contender& who, int times);

@@ -14,22 +14,23 @@ namespace {
 
 struct seat {
     contender* who;
+    const scene* what;
     int handle;
     std::size_t frame;
 };
 
-void play_one(seat& s, const scene& played) {
+void play_one(seat& s) {
     fd_result result;
-    s.who->play(s.handle, played.frame(s.frame++), &result);
+    s.who->play(s.handle, s.what->frame(s.frame++), &result);
 }
 
-void play_turn(seat& s, const scene& played, const plan& p, timing* times) {
+void play_turn(seat& s, const plan& p, timing* times) {
     const std::int64_t begun = now_ns();
-    for (int i = 0; i < p.settle && static_cast<double>(now_ns() - begun) < p.limit_ns; ++i) play_one(s, played);
+    for (int i = 0; i < p.settle && static_cast<double>(now_ns() - begun) < p.limit_ns; ++i) play_one(s);
     std::vector<double> turn;
     for (int i = 0; i < p.timed; ++i) {
         const std::int64_t before = spent_ns();
-        play_one(s, played);
+        play_one(s);
         turn.push_back(spent_since_ns(before));
         if (static_cast<double>(now_ns() - begun) > p.limit_ns) break;
     }
@@ -87,15 +88,21 @@ double quantile(std::vector<double> values, double share) {
 }
 
 std::vector<timing> measure(const std::vector<contender*>& contenders, const scene& s, const plan& p) {
+    std::vector<part> parts;
+    for (contender* who : contenders) parts.push_back({who, &s});
+    return measure(parts, p);
+}
+
+std::vector<timing> measure(const std::vector<part>& parts, const plan& p) {
     std::vector<seat> seats;
-    for (contender* who : contenders) seats.push_back({who, who->open(), 0});
-    std::vector<timing> times(contenders.size());
+    for (const part& one : parts) seats.push_back({one.who, one.what, one.who->open(), 0});
+    std::vector<timing> times(parts.size());
     for (seat& one : seats) {
         const std::int64_t begun = now_ns();
-        for (int i = 0; i < p.warm_up && static_cast<double>(now_ns() - begun) < p.limit_ns; ++i) play_one(one, s);
+        for (int i = 0; i < p.warm_up && static_cast<double>(now_ns() - begun) < p.limit_ns; ++i) play_one(one);
     }
     for (int block = 0; block < p.blocks; ++block) {
-        for (std::size_t i = 0; i < seats.size(); ++i) play_turn(seats[i], s, p, &times[i]);
+        for (std::size_t i = 0; i < seats.size(); ++i) play_turn(seats[i], p, &times[i]);
     }
     for (seat& one : seats) one.who->close(one.handle);
     return times;

@@ -47,6 +47,13 @@ struct plan {
 // the machine down for a while meets them all.
 std::vector<timing> measure(const std::vector<contender*>& contenders, const scene& s, const plan& p);
 
+// The same with a scene for each contender.
+struct part {
+    contender* who;
+    const scene* what;
+};
+std::vector<timing> measure(const std::vector<part>& parts, const plan& p);
+
 // Ratio of two contenders' times, turn by turn.
 struct spread {
     double low;  // quarter of the turns are below

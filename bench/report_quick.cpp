@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "bench/campaign.h"
 #include "bench/check.h"
 #include "bench/machine.h"
 #include "bench/measure.h"
@@ -22,8 +23,7 @@ struct wanted {
     double against_opencv;
 };
 
-// Returns plain's median.
-double print_frame(FILE* out, const cast& everybody, const scene& s, wanted least) {
+void print_frame(FILE* out, const cast& everybody, const scene& s, wanted least) {
     const plan p = {60, 10, 4, 30, 100 * k_ms};
     const std::vector<contender*> all = everybody.all();
     const std::vector<timing> times = measure(all, s, p);
@@ -39,23 +39,22 @@ double print_frame(FILE* out, const cast& everybody, const scene& s, wanted leas
         if (i == 3) std::fprintf(out, ", wanted %.0f", least.against_opencv);
         std::fprintf(out, "\n");
     }
-    return median(times[1].frames_ns);
 }
 
-void print_worst(FILE* out, const cast& everybody, double plain_quiet_ns) {
+void print_worst(FILE* out, const cast& everybody) {
     std::vector<painting> paintings = constructed_paintings();
     const std::vector<painting> found = found_paintings();
     paintings.insert(paintings.end(), found.begin(), found.end());
-    const plan p = {54, 1, 0, 20, 100 * k_ms};
-    std::vector<std::pair<double, std::string>> costs;
+    const scene quiet = quiet_scene(k_full_width, k_full_height);
+    std::vector<std::pair<weighed_frame, std::string>> costs;
     for (const painting& one : paintings) {
-        const timing t = measure({&everybody.library()}, paint(one, k_full_width, k_full_height), p)[0];
-        costs.push_back({median(t.frames_ns), one.name});
+        const scene s = paint(one, k_full_width, k_full_height);
+        costs.push_back({weigh({&everybody.library(), &s}, {&everybody.plain_o2(), &quiet}), one.name});
     }
-    std::sort(costs.rbegin(), costs.rend());
-    for (const std::pair<double, std::string>& cost : costs) {
-        std::fprintf(out, "worst  %8.1f us  %7.3f of plain's quiet frame (%.1f allowed)  %s\n", cost.first / 1e3,
-                     cost.first / plain_quiet_ns, k_worst_share, cost.second.c_str());
+    std::sort(costs.begin(), costs.end(), [](const auto& a, const auto& b) { return a.first.share > b.first.share; });
+    for (const auto& cost : costs) {
+        std::fprintf(out, "worst  %8.1f us  %7.3f of plain's quiet frame (%.1f allowed)  %s\n", cost.first.ns / 1e3,
+                     cost.first.share, k_worst_share, cost.second.c_str());
     }
 }
 
@@ -116,9 +115,9 @@ bool looks_optimised(FILE* out, const cast& everybody) {
 }
 
 void print_quick(FILE* out, const cast& everybody) {
-    const double plain_ns = print_frame(out, everybody, quiet_scene(k_full_width, k_full_height), {9, 5});
+    print_frame(out, everybody, quiet_scene(k_full_width, k_full_height), {9, 5});
     print_frame(out, everybody, busy_scene(k_full_width, k_full_height, 60), {6, 4});
-    print_worst(out, everybody, plain_ns);
+    print_worst(out, everybody);
     print_memory(out, everybody);
 }
 

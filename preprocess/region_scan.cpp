@@ -24,18 +24,25 @@ void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first,
 }
 const uint64_t k_any_bit = 0xffffffffffffffffu;
 
+const int k_block = 32;  // columns of a register: whole ones leave the row functions no rest
+
+bool any_set(const unsigned char* bytes, int count) {
+    if (count != k_block) return std::memchr(bytes, 1, static_cast<std::size_t>(count)) != nullptr;
+    uint64_t words[k_block / 8];
+    std::memcpy(words, bytes, sizeof(words));
+    return ((words[0] | words[1]) | (words[2] | words[3])) != 0;
+}
+
 // Runs the saturation test where it can decide: on stretches of columns in which some pixel met the other tests.
 void test_saturation(const unsigned char* red, const unsigned char* green, const unsigned char* blue,
                      unsigned char* pass, int width) {
-    const int group = 32;
     int start = 0;
-    for (int x = 0; x < width; x += group) {
-        const int length = std::min(group, width - x);
-        const bool any = std::memchr(pass + x, 1, static_cast<std::size_t>(length)) != nullptr;
-        if (any && x + group < width) continue;
+    for (int x = 0; x < width; x += k_block) {
+        const bool any = any_set(pass + x, std::min(k_block, width - x));
+        if (any && x + k_block < width) continue;
         const int end = any ? width : x;
         if (start < end) flame_saturation_row(red + start, green + start, blue + start, pass + start, end - start);
-        start = x + group;
+        start = x + k_block;
     }
 }
 
@@ -156,11 +163,13 @@ void region_scan::detect_motion(int y) {
 // an image, and whole images of few rows or columns.
 void region_scan::dilate_into(working_row* rows, int y, unsigned char* dst, int* first, int* last) const {
     const working_row& row = rows[y % k_ring];
-    std::memset(dst, 0, static_cast<std::size_t>(m_width));
-    if (row.any()) std::memcpy(dst + row.first, row.bytes + row.first, static_cast<std::size_t>(row.last - row.first));
+    const unsigned char* bytes = bytes_of(row);
     *first = row.any() ? row.first : m_width;
     *last = row.any() ? row.last : 0;
-    if (m_height <= 2 || m_width <= 3 || y == 0 || y == m_height - 1) return;
+    if (m_height <= 2 || m_width <= 3 || y == 0 || y == m_height - 1) {
+        std::memcpy(dst, bytes, static_cast<std::size_t>(m_width));
+        return;
+    }
 
     const working_row& above = rows[(y - 1) % k_ring];
     const working_row& below = rows[(y + 1) % k_ring];
@@ -169,12 +178,19 @@ void region_scan::dilate_into(working_row* rows, int y, unsigned char* dst, int*
         *first = std::min(*first, neighbour->first);
         *last = std::max(*last, neighbour->last);
     }
-    if (*first >= *last) return;
+    if (*first >= *last) {
+        std::memset(dst, 0, static_cast<std::size_t>(m_width));
+        return;
+    }
     *first = std::max(*first - 1, 0);
     *last = std::min(*last + 1, m_width);
     const int start = std::max(*first - 1, 0);
     const int end = std::min(*last + 2, m_width);  // the row function leaves one column at the start and two at the end
-    dilate_row(bytes_of(above) + start, bytes_of(row) + start, bytes_of(below) + start, dst + start, end - start);
+    std::memset(dst, 0, static_cast<std::size_t>(start));
+    dst[start] = bytes[start];
+    dilate_row(bytes_of(above) + start, bytes + start, bytes_of(below) + start, dst + start, end - start);
+    std::memcpy(dst + end - 2, bytes + end - 2, 2);
+    std::memset(dst + end, 0, static_cast<std::size_t>(m_width - end));
 }
 
 // The motion mask of a row, as the filter reads it: with the row padding's first byte where the width is odd.
@@ -202,11 +218,10 @@ void region_scan::filter_pair(int y) {
     working_row& top = filtered(y);
     working_row& bottom = filtered(y + 1);
     if (!top.any() && !bottom.any()) return;
-    const int block = 32;  // columns of a register: whole ones leave the row functions no rest
     const int first_set = std::min(top.any() ? top.first : m_width, bottom.any() ? bottom.first : m_width);
     const int last_set = std::max(top.any() ? top.last : 0, bottom.any() ? bottom.last : 0);
-    const int first = first_set / block * block;
-    const int last = std::min((last_set + block - 1) / block * block, m_even_width);
+    const int first = first_set / k_block * k_block;
+    const int last = std::min((last_set + k_block - 1) / k_block * k_block, m_even_width);
     const int width = last - first;
 
     uint16_t floors[k_widest_row / 2];
