@@ -81,6 +81,10 @@ TEST(orva_fire_live, looks_at_a_camera_until_it_is_asked_to_stop) {
     ASSERT_EQ(videos.size(), 1u);
     EXPECT_GE(pictures_in(videos[0]), 51);
     EXPECT_EQ(files_like(folder.file("out"), "event-[0-9]{8}T[0-9]{6}Z-0001-(start|largest)\\.jpg").size(), 2u);
+    for (const auto& file : fs::recursive_directory_iterator(folder.file("out"))) {
+        if (!file.is_regular_file()) continue;
+        EXPECT_EQ(read_file(file.path()).find("secret#1"), std::string::npos) << file.path();
+    }
 }
 
 TEST(orva_fire_live, goes_on_after_the_camera_hung_up_and_begins_anew) {
