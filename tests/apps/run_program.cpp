@@ -140,6 +140,10 @@ program_result run_program(const std::vector<std::string>& command, const progra
     return result;
 }
 
+bool says(const program_result& result, const std::string& words) {
+    return result.errors.find(words) != std::string::npos;
+}
+
 std::vector<nlohmann::json> json_lines(const std::string& text) {
     keep_events(text);
     std::vector<nlohmann::json> lines;

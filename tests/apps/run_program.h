@@ -37,6 +37,9 @@ struct program_setting {
 
 program_result run_program(const std::vector<std::string>& command, const program_setting& setting = {});
 
+// Whether these words stand in what it said on standard error.
+bool says(const program_result& result, const std::string& words);
+
 // Each line of a text as JSON; throws if one is none.
 std::vector<nlohmann::json> json_lines(const std::string& text);
 

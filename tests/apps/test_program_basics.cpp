@@ -6,7 +6,7 @@
 
 #include "apps/orva_fire/detect.h"
 #include "apps/orva_fire/video_source.h"
-#include "tests/apps/clip_maker.h"
+#include "tests/apps/example_clips.h"
 #include "tests/apps/pictures.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/rows.h"
@@ -22,10 +22,6 @@ program_result orva_fire_on(std::vector<std::string> words, const program_settin
     return run_program(words, setting);
 }
 
-bool says(const program_result& result, const std::string& words) {
-    return result.errors.find(words) != std::string::npos;
-}
-
 // Still grey pictures with a slow square, in which nothing burns.
 std::string calm_clip(const temporary_folder& folder, int pictures = 12) {
     clip_recipe recipe;
@@ -36,20 +32,6 @@ std::string calm_clip(const temporary_folder& folder, int pictures = 12) {
     recipe.paint = [](int index, AVFrame& picture) {
         paint(picture, 0, 0, 160, 120, {90, 90, 90});
         paint(picture, 2 * (index % 50), 40, 20, 20, {60, 60, 200});
-    };
-    make_clip(recipe);
-    return recipe.path;
-}
-
-// A square patch of fire colour whose size changes from picture to picture; the rest is dark.
-std::string burning_clip(const temporary_folder& folder, const std::string& name = "burning.mkv", int pictures = 80) {
-    clip_recipe recipe;
-    recipe.path = folder.file(name);
-    recipe.times = steady(pictures, 25);
-    recipe.paint = [](int index, AVFrame& picture) {
-        paint(picture, 0, 0, 320, 240, {30, 30, 30});
-        const int size = 24 + 8 * (index * 7 % 5);
-        paint(picture, 200 - size / 2, 120 - size / 2, size, size, k_flame);
     };
     make_clip(recipe);
     return recipe.path;

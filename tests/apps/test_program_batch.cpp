@@ -5,7 +5,7 @@
 #include <set>
 #include <sstream>
 
-#include "tests/apps/clip_maker.h"
+#include "tests/apps/example_clips.h"
 #include "tests/apps/pictures.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/rows.h"
@@ -29,9 +29,7 @@ protected:
         recipe.times = steady(pictures, 25);
         recipe.paint = [burning](int index, AVFrame& picture) {
             paint(picture, 0, 0, 160, 120, {30, 30, 30});
-            const int size = 24 + 8 * (index * 7 % 5);
-            const colour drawn = burning ? k_flame : colour{60, 60, 60};
-            paint(picture, 100 - size / 2, 60 - size / 2, size, size, drawn);
+            paint_patch(index, picture, burning ? k_flame : colour{60, 60, 60});
         };
         make_clip(recipe);
         return recipe.path;
@@ -50,9 +48,6 @@ protected:
     }
 
     std::string out(const std::string& name) const { return m_folder.file("out/" + name); }
-    static bool says(const program_result& result, const std::string& words) {
-        return result.errors.find(words) != std::string::npos;
-    }
 
     temporary_folder m_folder;
 };

@@ -9,8 +9,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "apps/orva_fire/video_source.h"
-#include "tests/apps/clip_maker.h"
+#include "tests/apps/example_clips.h"
 #include "tests/apps/fake_camera.h"
 #include "tests/apps/pictures.h"
 #include "tests/apps/run_program.h"
@@ -26,13 +25,9 @@ program_result orva_fire_on(std::vector<std::string> words, const program_settin
     return run_program(words, setting);
 }
 
-bool says(const program_result& result, const std::string& words) {
-    return result.errors.find(words) != std::string::npos;
-}
-
 // A square patch of fire colour whose size changes from picture to picture, gone after `burning` pictures. The ground
 // changes a little everywhere, so that a video of it takes some room.
-std::string burning_clip(const temporary_folder& folder, const std::string& name, int pictures, int burning = 1 << 30) {
+std::string uneasy_clip(const temporary_folder& folder, const std::string& name, int pictures, int burning = 1 << 30) {
     clip_recipe recipe;
     recipe.path = folder.file(name);
     recipe.codec = "libx264";
@@ -41,19 +36,10 @@ std::string burning_clip(const temporary_folder& folder, const std::string& name
         const double grey = 30 + index % 2 * 4;
         paint(picture, 0, 0, 320, 240, {grey, grey, grey});
         for (int i = 0; i < 12; ++i) paint(picture, (i * 52 + index * 4) % 300, i * 20, 16, 12, {60, 60, 60});
-        const int size = 24 + 8 * (index * 7 % 5);
-        if (index < burning) paint(picture, 200 - size / 2, 120 - size / 2, size, size, k_flame);
+        if (index < burning) paint_patch(index, picture);
     };
     make_clip(recipe);
     return recipe.path;
-}
-
-int pictures_in(const std::string& path) {
-    orva_fire::video_source video(path);
-    orva_fire::source_picture picture;
-    int count = 0;
-    while (video.next(picture)) ++count;
-    return count;
 }
 
 // The lines of a file, each of which must be whole and JSON.
@@ -99,7 +85,7 @@ class full_disk : public testing::TestWithParam<disk_row> {};
 
 TEST_P(full_disk, ends_the_run_with_3_and_leaves_what_can_be_read) {
     const temporary_folder folder;
-    const std::string clip = burning_clip(folder, "a.mp4", 600);
+    const std::string clip = uneasy_clip(folder, "a.mp4", 600);
     const std::string place = folder.file("disk");
     const small_disk disk(place, GetParam().kilobytes);
     if (!disk.mounted()) GTEST_SKIP() << "no small disk can be mounted here: " << disk.reason();
@@ -134,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
 // end of the fire before this side has read the line of picture 200.
 TEST(orva_fire_faults, a_folder_that_is_removed_costs_the_pictures_but_no_event) {
     const temporary_folder folder;
-    const std::string clip = burning_clip(folder, "a.mp4", 2000, 1600);
+    const std::string clip = uneasy_clip(folder, "a.mp4", 2000, 1600);
     program_setting setting;
     setting.incidents = {{"\"frame\":200,", [&] { fs::remove_all(folder.file("out")); }}};
     const program_result result = orva_fire_on({clip, "-o", folder.file("out"), "--events", folder.file("events"),
@@ -155,7 +141,7 @@ TEST(orva_fire_faults, a_player_that_is_closed_ends_the_run_with_3) {
     program_setting setting;
     setting.reader_leaves_after = 4000;
     const program_result result =
-        orva_fire_on({burning_clip(folder, "a.mp4", 2000), "-o", folder.file("out"), "--video", "-"}, setting);
+        orva_fire_on({uneasy_clip(folder, "a.mp4", 2000), "-o", folder.file("out"), "--video", "-"}, setting);
     EXPECT_EQ(result.exit_code, 3) << result.errors;
     EXPECT_TRUE(says(result, "standard output")) << result.errors;
     EXPECT_TRUE(says(result, "Broken pipe")) << result.errors;
@@ -167,7 +153,7 @@ TEST(orva_fire_faults, a_player_that_is_closed_ends_the_run_with_3) {
 
 TEST(orva_fire_faults, a_camera_that_is_switched_off_and_on_is_looked_at_again) {
     const temporary_folder folder;
-    fake_camera camera({burning_clip(folder, "a.mp4", 120), after_clip::fall_silent, "", ""});
+    fake_camera camera({uneasy_clip(folder, "a.mp4", 120), after_clip::fall_silent, "", ""});
     program_setting setting;
     setting.incidents = {{"\"event\":\"start\"", [&] { camera.switch_off(); }},
                          {"trying again", [&] { camera.switch_on(); }}};
@@ -189,7 +175,7 @@ TEST(orva_fire_faults, a_camera_that_is_switched_off_and_on_is_looked_at_again) 
 
 TEST(orva_fire_faults, a_killed_process_leaves_whole_lines_and_a_video_that_plays) {
     const temporary_folder folder;
-    const std::string clip = burning_clip(folder, "a.mp4", 2000);
+    const std::string clip = uneasy_clip(folder, "a.mp4", 2000);
     program_setting setting;
     setting.until = "\"frame\":400,";
     setting.signal = SIGKILL;
@@ -203,7 +189,7 @@ TEST(orva_fire_faults, a_killed_process_leaves_whole_lines_and_a_video_that_play
     EXPECT_GE(pictures_in(folder.file("out/annotated.mp4")), 300);
 
     setting.until = "";
-    const program_result after = orva_fire_on({burning_clip(folder, "b.mp4", 120), "-o", folder.file("out")});
+    const program_result after = orva_fire_on({uneasy_clip(folder, "b.mp4", 120), "-o", folder.file("out")});
     EXPECT_EQ(after.exit_code, 10) << after.errors;
     EXPECT_EQ(pictures_in(folder.file("out/annotated.mp4")), 120);
 }

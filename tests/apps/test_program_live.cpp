@@ -7,8 +7,7 @@
 #include <regex>
 
 #include "apps/orva_fire/check.h"
-#include "apps/orva_fire/video_source.h"
-#include "tests/apps/clip_maker.h"
+#include "tests/apps/example_clips.h"
 #include "tests/apps/fake_camera.h"
 #include "tests/apps/pictures.h"
 #include "tests/apps/run_program.h"
@@ -21,33 +20,6 @@ namespace fs = std::filesystem;
 program_result orva_fire_on(std::vector<std::string> words, const program_setting& setting = {}) {
     words.insert(words.begin(), {ORVA_FIRE_PROGRAM, "detect"});
     return run_program(words, setting);
-}
-
-bool says(const program_result& result, const std::string& words) {
-    return result.errors.find(words) != std::string::npos;
-}
-
-// A square patch of fire colour whose size changes from picture to picture; the rest is dark.
-std::string burning_clip(const temporary_folder& folder, const std::string& name, int pictures = 80) {
-    clip_recipe recipe;
-    recipe.path = folder.file(name);
-    recipe.codec = "libx264";
-    recipe.times = steady(pictures, 25);
-    recipe.paint = [](int index, AVFrame& picture) {
-        paint(picture, 0, 0, 320, 240, {30, 30, 30});
-        const int size = 24 + 8 * (index * 7 % 5);
-        paint(picture, 200 - size / 2, 120 - size / 2, size, size, k_flame);
-    };
-    make_clip(recipe);
-    return recipe.path;
-}
-
-int pictures_in(const std::string& path) {
-    orva_fire::video_source video(path);
-    orva_fire::source_picture picture;
-    int count = 0;
-    while (video.next(picture)) ++count;
-    return count;
 }
 
 std::vector<std::string> files_like(const std::string& folder, const std::string& pattern) {

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "tests/apps/example_clips.h"
 #include "tests/apps/fake_camera.h"
 #include "tests/apps/live_program.h"
 #include "tests/apps/mqtt_broker.h"
@@ -18,23 +19,6 @@ namespace {
 using namespace apps_test;
 
 using words = std::vector<std::string>;
-
-// A square patch of fire colour whose size changes from picture to picture; the rest is dark.
-std::string burning_clip(const temporary_folder& folder, const std::string& name) {
-    clip_recipe recipe;
-    recipe.path = folder.file(name);
-    recipe.codec = "libx264";
-    recipe.times = steady(80, 25);
-    recipe.width = 160;
-    recipe.height = 120;
-    recipe.paint = [](int index, AVFrame& picture) {
-        paint(picture, 0, 0, 160, 120, {30, 30, 30});
-        const int size = 24 + 8 * (index * 7 % 5);
-        paint(picture, 100 - size / 2, 60 - size / 2, size, size, k_flame);
-    };
-    make_clip(recipe);
-    return recipe.path;
-}
 
 // Events begin at once and end at once; nothing is written but them.
 words orva_fire(const std::string& command, const std::string& source, const temporary_folder& folder, words more) {
@@ -59,10 +43,6 @@ words orva_fire(const std::string& command, const std::string& source, const tem
     return all;
 }
 
-bool says(const program_result& result, const std::string& text) {
-    return result.errors.find(text) != std::string::npos;
-}
-
 words lines_of(const std::string& text) {
     words lines;
     std::istringstream stream(text);
@@ -75,8 +55,8 @@ TEST(orva_fire_mqtt, tells_a_recording_from_beginning_to_end) {
     const mqtt_broker broker("allow_anonymous true");
     const mqtt_listener listener(broker.port());
     write_file(folder.file("zones.json"),
-               R"({"zones": [{"name": "left", "rectangles": [{"x": 0, "y": 0, "width": 32, "height": 120}]},
-                             {"name": "right", "rectangles": [{"x": 32, "y": 0, "width": 128, "height": 120}]}]})");
+               R"({"zones": [{"name": "left", "rectangles": [{"x": 0, "y": 0, "width": 64, "height": 240}]},
+                             {"name": "right", "rectangles": [{"x": 64, "y": 0, "width": 256, "height": 240}]}]})");
     const program_result result =
         run_program(orva_fire("detect", burning_clip(folder, "a.mkv"), folder,
                               {"--mqtt", broker.address("", "site/fire"), "--zones", folder.file("zones.json")}));
