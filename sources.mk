@@ -11,6 +11,7 @@ ORVA_FD_SOURCES := \
     preprocess/CYuv420_Rgb.cpp \
     preprocess/pre_process.cpp \
     preprocess/region_scan.cpp \
+    preprocess/region_scan_scalar.cpp \
     backend/hisi_ive_func.cpp \
     backend/hisi_mmz_mem.cpp \
     imgproc/bwlabel_ccl.cpp \
@@ -21,8 +22,10 @@ ORVA_FD_SOURCES := \
 ORVA_FD_ROW_SOURCES := \
     channel/box_rows.cpp \
     imgproc/rows.cpp \
+    imgproc/rows_scalar.cpp \
     imgproc/run_labeller.cpp \
-    preprocess/color_rows.cpp
+    preprocess/color_rows.cpp \
+    preprocess/color_rows_scalar.cpp
 
 # Without an accelerator, buffers come from ordinary memory.
 ORVA_FD_HEAP_SOURCES := \

@@ -126,29 +126,15 @@ int threshold_binary(fd_yuv_frame* src, fd_yuv_frame* dst, int thresh) {
     return FD_OK;
 }
 
+#if ORVA_HAS_VECTORS
 void add_capped_sums(const unsigned char* stack, capped_sums* sums) {
-#if defined(__SSE2__) || defined(__ARM_NEON)
     static const unsigned char zeros[k_widest_row] = {};
     for (int i = 0; i < k_caps; ++i) sums->held[i] += sum_held(stack, i + 1);
     for (int row = 0; row < k_stack_rows; ++row) {
         sums->all += measure_motion_row(stack + row * k_widest_row, zeros, k_widest_row).sum;
     }
-#else
-    add_capped_sums_counted(stack, sums);
+}
 #endif
-}
-
-// Of a byte, one is held for each value up to it that a cap reaches.
-void add_capped_sums_counted(const unsigned char* stack, capped_sums* sums) {
-    uint32_t histogram[256] = {};
-    for (int i = 0; i < k_stack_rows * k_widest_row; ++i) ++histogram[stack[i]];
-    uint32_t reached = 0;
-    for (uint32_t value = 255; value > 0; --value) {
-        reached += histogram[value];
-        sums->all += reached;
-        for (uint32_t i = value - 1; i < static_cast<uint32_t>(k_caps); ++i) sums->held[i] += reached;
-    }
-}
 
 int search_otsu(const histogram_sums& sums, int t_min, int t_max) {
     int64_t best = 0;

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "ORVA_FireDetection.h"
+#include "imgproc/vectors.h"
 
 namespace orva_fd {
 
@@ -96,15 +97,16 @@ struct histogram_sums {
     uint32_t all_moment;
 };
 
+#if ORVA_HAS_VECTORS
 // Sums over a stack of bytes (see imgproc/rows.h): of the bytes, each held to at most i + 1, and of the bytes as they
-// are. With vector instructions a pass for each cap is quicker; without, the bytes are counted: one pass for all.
+// are. With vector instructions a pass for each cap is quicker than one that counts the bytes by value.
 const int k_caps = 16;
 struct capped_sums {
     uint32_t held[k_caps];
     uint32_t all;
 };
 void add_capped_sums(const unsigned char* stack, capped_sums* sums);
-void add_capped_sums_counted(const unsigned char* stack, capped_sums* sums);
+#endif
 
 // Otsu's threshold (N. Otsu, "A threshold selection method from gray-level histograms", 1979) in t_min..t_max; t_min if
 // no split has pixels on both sides. Only entries t_min to t_max of sums are read. Class means have 8 fraction bits and

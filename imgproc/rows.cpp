@@ -10,11 +10,13 @@ inline unsigned char distance(unsigned char a, unsigned char b) {
     return static_cast<unsigned char>(a > b ? a - b : b - a);
 }
 
+#if ORVA_HAS_VECTORS
 // In the form in which sums of it become one instruction.
 inline uint32_t distance_sum(unsigned char a, unsigned char b) {
     const int difference = a - b;
     return static_cast<uint32_t>(difference < 0 ? -difference : difference);
 }
+#endif
 
 }  // namespace
 
@@ -23,6 +25,7 @@ void abs_diff_row(const unsigned char* a, const unsigned char* b, unsigned char*
     for (int x = 0; x < width; ++x) dst[x] = distance(a[x], b[x]);
 }
 
+#if ORVA_HAS_VECTORS
 ORVA_ROW_FUNCTION
 void threshold_row(const unsigned char* src, unsigned char* dst, int width, int threshold) {
     const unsigned char limit = static_cast<unsigned char>(threshold);
@@ -147,6 +150,7 @@ void dilate_row(const unsigned char* above, const unsigned char* row, const unsi
         }
     }
 }
+#endif  // the other form is in rows_scalar.cpp
 
 // No pipeline erodes: one version is enough.
 void erode_row(const unsigned char* above, const unsigned char* row, const unsigned char* below, unsigned char* dst,

@@ -1,15 +1,20 @@
 // Row functions: contiguous bytes and a width, without calls or early exits, so that the compiler turns each loop into
-// vector instructions. Planes, strides and borders are their callers' business. Outputs may be inputs unless said
-// otherwise.
+// vector instructions; those that every frame needs have a second form in rows_scalar.cpp for processors that have
+// none. Planes, strides and borders are their callers' business. Outputs may be inputs unless said otherwise.
 #ifndef ORVA_FD_IMGPROC_ROWS_H
 #define ORVA_FD_IMGPROC_ROWS_H
 
 #include <cstdint>
 
+#include "imgproc/vectors.h"
+#if !ORVA_HAS_VECTORS
+#include "imgproc/rows_scalar.h"
+#endif
+
 // On x86 with the GNU loader each row function exists twice, and the one for AVX2 is taken where the processor has it.
 // The thread sanitizer's runtime is not ready yet when the loader makes that choice.
 #if defined(__x86_64__) && defined(__gnu_linux__) && defined(__GLIBC__) && !defined(__clang__) && \
-    !defined(__SANITIZE_THREAD__) && !defined(ORVA_BASELINE_ONLY)
+    !defined(__SANITIZE_THREAD__) && !defined(ORVA_BASELINE_ONLY) && ORVA_HAS_VECTORS
 #define ORVA_ROW_FUNCTION __attribute__((target_clones("avx2", "default")))
 #else
 #define ORVA_ROW_FUNCTION
@@ -26,6 +31,7 @@ void abs_diff_row(const unsigned char* a, const unsigned char* b, unsigned char*
 // dst = 255 where src is above threshold, 0 elsewhere. threshold: 0 to 255.
 void threshold_row(const unsigned char* src, unsigned char* dst, int width, int threshold);
 
+#if ORVA_HAS_VECTORS
 // dst = 255 where |a - b| is above threshold, 0 elsewhere.
 void motion_row(const unsigned char* a, const unsigned char* b, unsigned char* dst, int width, int threshold);
 
@@ -43,6 +49,7 @@ void excess_row(const unsigned char* a, const unsigned char* b, unsigned char* d
 // which a column sums up to a byte.
 const int k_stack_rows = 15;
 uint32_t sum_held(const unsigned char* stack, int cap);
+#endif
 
 // Sum of the bytes. Made for short rows.
 uint32_t sum_row(const unsigned char* src, int width);

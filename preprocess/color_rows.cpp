@@ -1,5 +1,7 @@
 #include "preprocess/color_rows.h"
 
+#if ORVA_HAS_VECTORS
+
 #include <cstring>
 
 namespace orva_fd {
@@ -177,3 +179,5 @@ bool filter_block_row(unsigned char* mask_top, unsigned char* mask_bottom, const
 }
 
 }  // namespace orva_fd
+
+#endif  // the other form is in color_rows_scalar.cpp

@@ -7,6 +7,9 @@ namespace orva_fd {
 
 namespace {
 
+const int k_block = 32;  // columns of a register: whole ones leave the row functions no rest
+
+#if ORVA_HAS_VECTORS
 // The part of a row, in whole words, outside which no byte has a bit of `bits` set. Most rows hold little.
 void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first, int* last) {
     const int word = static_cast<int>(sizeof(uint64_t));
@@ -23,8 +26,6 @@ void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first,
     }
 }
 const uint64_t k_any_bit = 0xffffffffffffffffu;
-
-const int k_block = 32;  // columns of a register: whole ones leave the row functions no rest
 
 bool any_set(const unsigned char* bytes, int count) {
     if (count != k_block) return std::memchr(bytes, 1, static_cast<std::size_t>(count)) != nullptr;
@@ -45,6 +46,7 @@ void test_saturation(const unsigned char* red, const unsigned char* green, const
         start = x + k_block;
     }
 }
+#endif
 
 }  // namespace
 
@@ -85,6 +87,7 @@ void region_scan::run(const fd_yuv_frame* frame, fd_yuv_frame* mask, fd_yuv_fram
     m_labeller.finish(components);
 }
 
+#if ORVA_HAS_VECTORS
 // Otsu's threshold of the differences. Those up to the lowest threshold add to the sum of all alone; what the others
 // exceed it by is gathered from the rows that have any, and summed a stack at a time.
 int region_scan::find_threshold() {
@@ -135,16 +138,6 @@ int region_scan::search_threshold(uint32_t sum, const capped_sums& excess) const
     return search_otsu(sums, k_otsu_min, k_otsu_max);
 }
 
-void region_scan::convert_pair(int y) {
-    color_offsets offsets;
-    color_offsets_row(plane_row(m_frame, 1, y / 2), m_even_width, &offsets);
-    for (int row = y; row < y + 2; ++row) {
-        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(row);
-        convert_row(plane_row(m_frame, 0, row), offsets, m_rgb->virt_addr[0] + at, m_rgb->virt_addr[1] + at,
-                    m_rgb->virt_addr[2] + at, m_even_width);
-    }
-}
-
 // Binarises a row's differences, after which the luma takes the place of the one before.
 void region_scan::detect_motion(int y) {
     if (y >= m_height) return;
@@ -157,6 +150,35 @@ void region_scan::detect_motion(int y) {
         find_span(row.bytes, m_width, k_any_bit, &row.first, &row.last);
     }
     std::memcpy(before, luma, static_cast<std::size_t>(m_width));
+}
+
+bool region_scan::filter_columns(int y, int first, int last) {
+    const int width = last - first;
+    uint16_t floors[k_widest_row / 2];
+    luma_floor_row(plane_row(m_frame, 1, y / 2) + first, width, floors);
+    unsigned char pass[2][k_widest_row];
+    for (int i = 0; i < 2; ++i) {
+        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(y + i) + static_cast<std::size_t>(first);
+        const unsigned char* blue = m_rgb->virt_addr[0] + at;
+        const unsigned char* green = m_rgb->virt_addr[1] + at;
+        const unsigned char* red = m_rgb->virt_addr[2] + at;
+        const unsigned char* luma = plane_row(m_frame, 0, y + i) + first;
+        if (flame_tint_row(red, green, blue, luma, as_bytes(floors), pass[i], width)) {
+            test_saturation(red, green, blue, pass[i], width);
+        }
+    }
+    return filter_block_row(filtered(y).bytes + first, filtered(y + 1).bytes + first, pass[0], pass[1], width);
+}
+#endif  // the other form is in region_scan_scalar.cpp
+
+void region_scan::convert_pair(int y) {
+    color_offsets offsets;
+    color_offsets_row(plane_row(m_frame, 1, y / 2), m_even_width, &offsets);
+    for (int row = y; row < y + 2; ++row) {
+        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(row);
+        convert_row(plane_row(m_frame, 0, row), offsets, m_rgb->virt_addr[0] + at, m_rgb->virt_addr[1] + at,
+                    m_rgb->virt_addr[2] + at, m_even_width);
+    }
 }
 
 // Writes row y of a ring, dilated, to all of dst's columns, and where it may be set. Dilation keeps the outer rows of
@@ -222,22 +244,7 @@ void region_scan::filter_pair(int y) {
     const int last_set = std::max(top.any() ? top.last : 0, bottom.any() ? bottom.last : 0);
     const int first = first_set / k_block * k_block;
     const int last = std::min((last_set + k_block - 1) / k_block * k_block, m_even_width);
-    const int width = last - first;
-
-    uint16_t floors[k_widest_row / 2];
-    luma_floor_row(plane_row(m_frame, 1, y / 2) + first, width, floors);
-    unsigned char pass[2][k_widest_row];
-    for (int i = 0; i < 2; ++i) {
-        const std::size_t at = m_rgb->stride[0] * static_cast<std::size_t>(y + i) + static_cast<std::size_t>(first);
-        const unsigned char* blue = m_rgb->virt_addr[0] + at;
-        const unsigned char* green = m_rgb->virt_addr[1] + at;
-        const unsigned char* red = m_rgb->virt_addr[2] + at;
-        const unsigned char* luma = plane_row(m_frame, 0, y + i) + first;
-        if (flame_tint_row(red, green, blue, luma, as_bytes(floors), pass[i], width)) {
-            test_saturation(red, green, blue, pass[i], width);
-        }
-    }
-    const bool left = filter_block_row(top.bytes + first, bottom.bytes + first, pass[0], pass[1], width);
+    const bool left = filter_columns(y, first, last);
     if (y + 1 == m_height) {
         std::memcpy(plane_row(m_mask, 0, m_height), bottom.bytes, static_cast<std::size_t>(m_even_width));
     }

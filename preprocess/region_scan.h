@@ -34,24 +34,33 @@ private:
 
     // Columns first to last - 1 hold all that is set, if anything is. The bytes of an empty row are stale.
     struct working_row {
-        unsigned char bytes[k_widest_row];
+        alignas(uint32_t) unsigned char bytes[k_widest_row];
         int first;
         int last;
         bool any() const { return first < last; }
     };
 
-    int find_threshold();
+#if ORVA_HAS_VECTORS
     int search_threshold(uint32_t sum, const capped_sums& excess) const;
+#endif
+    int find_threshold();
     void convert_pair(int y);
     void detect_motion(int y);
     void dilate_motion(int y);
     void load_row_below_image();
+    bool filter_columns(int y, int first, int last);
     void filter_pair(int y);
     void finish_row(int y);
     void dilate_into(working_row* rows, int y, unsigned char* dst, int* first, int* last) const;
-    const unsigned char* bytes_of(const working_row& row) const { return row.any() ? row.bytes : m_empty; }
-    working_row& motion(int y) { return m_motion[y % k_ring]; }
-    working_row& filtered(int y) { return m_filtered[y % k_ring]; }
+    const unsigned char* bytes_of(const working_row& row) const {
+        return row.any() ? row.bytes : m_empty;
+    }
+    working_row& motion(int y) {
+        return m_motion[y % k_ring];
+    }
+    working_row& filtered(int y) {
+        return m_filtered[y % k_ring];
+    }
 
     const fd_yuv_frame* m_frame;
     fd_yuv_frame* m_mask;
@@ -64,7 +73,7 @@ private:
     unsigned char m_largest[k_max_height];  // largest difference of each row
     working_row m_motion[k_ring];           // differences above the threshold
     working_row m_filtered[k_ring];         // dilated; fire-coloured blocks only, once filtered
-    unsigned char m_empty[k_widest_row];
+    alignas(uint32_t) unsigned char m_empty[k_widest_row];
     run_labeller m_labeller;
 };
 

@@ -9,6 +9,7 @@
 
 #include "imgproc/common.h"
 #include "tests/support/random.h"
+#include "tests/support/rows.h"
 
 namespace {
 
@@ -46,37 +47,47 @@ protected:
     support::random_source m_random;
 };
 
-TEST_F(rows, abs_diff_row_and_motion_row_follow_their_rules_in_place_too) {
+TEST_F(rows, abs_diff_row_follows_its_rule_in_place_too) {
     for (const int width : all_widths()) {
         const bytes a = noise(m_random, width), b = noise(m_random, width);
-        const int threshold = m_random.below(256);
-        bytes wanted_difference(a.size()), wanted_motion(a.size());
-        for (std::size_t x = 0; x < a.size(); ++x) {
-            wanted_difference[x] = static_cast<unsigned char>(distance(a[x], b[x]));
-            wanted_motion[x] = distance(a[x], b[x]) > threshold ? 255 : 0;
-        }
+        bytes wanted(a.size());
+        for (std::size_t x = 0; x < a.size(); ++x) wanted[x] = static_cast<unsigned char>(distance(a[x], b[x]));
         bytes out(a.size(), 77), first = a, second = b;
         abs_diff_row(a.data(), b.data(), out.data(), width);
-        EXPECT_EQ(out, wanted_difference) << width << ", seed " << m_random.seed();
-        motion_row(a.data(), b.data(), out.data(), width, threshold);
-        EXPECT_EQ(out, wanted_motion) << width << ", above " << threshold << ", seed " << m_random.seed();
+        EXPECT_EQ(out, wanted) << width << ", seed " << m_random.seed();
         abs_diff_row(first.data(), b.data(), first.data(), width);
-        EXPECT_EQ(first, wanted_difference) << width;
+        EXPECT_EQ(first, wanted) << width;
         abs_diff_row(a.data(), second.data(), second.data(), width);
-        EXPECT_EQ(second, wanted_difference) << width;
+        EXPECT_EQ(second, wanted) << width;
     }
 }
 
-TEST_F(rows, threshold_row_and_motion_row_take_every_threshold) {
-    bytes values(256), zeros(256, 0), out(256), moved(256);
+TEST_F(rows, threshold_row_takes_every_threshold) {
+    bytes values(256), out(256);
     for (int i = 0; i < 256; ++i) values[static_cast<std::size_t>(i)] = static_cast<unsigned char>(i);
     for (int threshold = 0; threshold < 256; ++threshold) {
         threshold_row(values.data(), out.data(), 256, threshold);
-        motion_row(values.data(), zeros.data(), moved.data(), 256, threshold);
-        for (int i = 0; i < 256; ++i) {
+        for (int i = 0; i < 256; ++i)
             ASSERT_EQ(out[static_cast<std::size_t>(i)], i > threshold ? 255 : 0) << i << " above " << threshold;
+    }
+}
+
+#if ORVA_HAS_VECTORS
+TEST_F(rows, motion_row_follows_its_rule_with_every_threshold) {
+    for (int threshold = 0; threshold < 256; ++threshold) {
+        const int width = all_widths()[static_cast<std::size_t>(threshold) % all_widths().size()];
+        const bytes a = noise(m_random, width), b = noise(m_random, width);
+        bytes wanted(a.size()), out(a.size(), 77);
+        for (std::size_t x = 0; x < a.size(); ++x) wanted[x] = distance(a[x], b[x]) > threshold ? 255 : 0;
+        motion_row(a.data(), b.data(), out.data(), width, threshold);
+        EXPECT_EQ(out, wanted) << width << ", above " << threshold << ", seed " << m_random.seed();
+    }
+    bytes values(256), zeros(256, 0), moved(256);
+    for (int i = 0; i < 256; ++i) values[static_cast<std::size_t>(i)] = static_cast<unsigned char>(i);
+    for (int threshold = 0; threshold < 256; ++threshold) {
+        motion_row(values.data(), zeros.data(), moved.data(), 256, threshold);
+        for (int i = 0; i < 256; ++i)
             ASSERT_EQ(moved[static_cast<std::size_t>(i)], i > threshold ? 255 : 0) << i << " above " << threshold;
-        }
     }
 }
 
@@ -97,17 +108,6 @@ TEST_F(rows, measure_motion_row_gives_sum_and_largest) {
             const row_motion got = measure_motion_row(a.data(), b.data(), width);
             EXPECT_EQ(got.sum, sum) << width << ", seed " << m_random.seed();
             EXPECT_EQ(got.largest, largest) << width << ", seed " << m_random.seed();
-        }
-    }
-}
-
-TEST_F(rows, sum_row_is_right_up_to_its_largest_values) {
-    for (const int width : wide_widths()) {
-        const bytes some = noise(m_random, width), full(some.size(), 255);
-        for (const bytes* row : {&some, &full}) {
-            uint32_t sum = 0;
-            for (const unsigned char byte : *row) sum += byte;
-            EXPECT_EQ(sum_row(row->data(), width), sum) << width;
         }
     }
 }
@@ -134,19 +134,86 @@ TEST_F(rows, add_capped_sums_adds_what_each_cap_holds) {
             for (unsigned char& byte : stack) byte = static_cast<unsigned char>(byte % 20);
         if (round == 2) std::fill(stack.begin(), stack.end(), static_cast<unsigned char>(255));
         if (round == 3) std::fill(stack.begin(), stack.end(), static_cast<unsigned char>(k_caps));
-        capped_sums wanted = {}, got = {}, counted = {};
-        wanted.all = got.all = counted.all = 5;
-        for (int i = 0; i < k_caps; ++i) wanted.held[i] = got.held[i] = counted.held[i] = static_cast<uint32_t>(i);
+        capped_sums wanted = {}, got = {};
+        wanted.all = got.all = 5;
+        for (int i = 0; i < k_caps; ++i) wanted.held[i] = got.held[i] = static_cast<uint32_t>(i);
         for (const unsigned char byte : stack) {
             wanted.all += byte;
             for (int i = 0; i < k_caps; ++i) wanted.held[i] += static_cast<uint32_t>(std::min<int>(byte, i + 1));
         }
         add_capped_sums(stack.data(), &got);
-        add_capped_sums_counted(stack.data(), &counted);
-        for (const capped_sums* sums : {&got, &counted}) {
-            ASSERT_EQ(sums->all, wanted.all) << "round " << round << ", seed " << m_random.seed();
-            for (int i = 0; i < k_caps; ++i)
-                ASSERT_EQ(sums->held[i], wanted.held[i]) << "cap " << i + 1 << ", seed " << m_random.seed();
+        ASSERT_EQ(got.all, wanted.all) << "round " << round << ", seed " << m_random.seed();
+        for (int i = 0; i < k_caps; ++i)
+            ASSERT_EQ(got.held[i], wanted.held[i]) << "cap " << i + 1 << ", seed " << m_random.seed();
+    }
+}
+#else
+// Rows with no, a few and many differences above the limit, bytes that carry in sums beside ones that do not.
+TEST_F(rows, replace_row_keeps_luma_and_differences_and_counts_them) {
+    for (const int width : all_widths()) {
+        for (const int kind : {0, 1, 2, 3, 4, 5}) {
+            const int limit = kind < 3 ? 20 : m_random.below(128);
+            const bytes luma = noise(m_random, width);
+            bytes before = noise(m_random, width), distances(luma.size(), 77), wanted(luma.size());
+            for (std::size_t x = 0; kind % 3 != 2 && x < luma.size(); ++x) {
+                const int step = m_random.below(15) == 0 ? kind % 3 * (limit + 1) : m_random.between(0, limit);
+                before[x] = static_cast<unsigned char>(luma[x] < 128 ? luma[x] + step : luma[x] - step);
+            }
+            if (kind == 5) std::fill(before.begin(), before.end(), static_cast<unsigned char>(0));
+            difference_counts got = {}, wanted_counts = {};
+            got.sum = wanted_counts.sum = 3;
+            bool any = false;
+            for (std::size_t x = 0; x < luma.size(); ++x) {
+                const int step = distance(luma[x], before[x]);
+                wanted[x] = static_cast<unsigned char>(step);
+                wanted_counts.sum += static_cast<uint32_t>(step);
+                ++wanted_counts.of[step];
+                any = any || step > limit;
+            }
+            EXPECT_EQ(replace_row(luma.data(), before.data(), distances.data(), width, limit, &got), any) << width;
+            ASSERT_EQ(before, luma) << width << ", seed " << m_random.seed();
+            ASSERT_EQ(distances, wanted) << width << ", seed " << m_random.seed();
+            ASSERT_EQ(got.sum, wanted_counts.sum) << width << ", seed " << m_random.seed();
+            for (int value = limit + 1; value < 256; ++value)
+                ASSERT_EQ(got.of[value], wanted_counts.of[value]) << value << ", seed " << m_random.seed();
+        }
+    }
+}
+
+// All pairs of bytes, each with every neighbour of the words before and behind.
+TEST_F(rows, replace_row_knows_every_difference) {
+    bytes luma(256), before(256), distances(256);
+    for (int a = 0; a < 256; ++a) {
+        for (int i = 0; i < 256; ++i) {
+            luma[static_cast<std::size_t>(i)] = static_cast<unsigned char>(a);
+            before[static_cast<std::size_t>(i)] = static_cast<unsigned char>(i * 71);
+        }
+        const bytes old = before;
+        difference_counts counts = {};
+        replace_row(luma.data(), before.data(), distances.data(), 256, 20, &counts);
+        for (std::size_t i = 0; i < 256; ++i)
+            ASSERT_EQ(distances[i], distance(luma[i], old[i])) << a << ", " << +old[i];
+    }
+}
+
+// A row of the largest differences: its sum is the largest that halves of a word hold.
+TEST_F(rows, replace_row_sums_the_widest_row) {
+    const bytes luma(352, 255);
+    bytes before(352, 0), distances(352);
+    difference_counts counts = {};
+    EXPECT_TRUE(replace_row(luma.data(), before.data(), distances.data(), 352, 20, &counts));
+    EXPECT_EQ(counts.sum, 89760u);
+    EXPECT_EQ(counts.of[255], 352u);
+}
+#endif
+
+TEST_F(rows, sum_row_is_right_up_to_its_largest_values) {
+    for (const int width : wide_widths()) {
+        const bytes some = noise(m_random, width), full(some.size(), 255);
+        for (const bytes* row : {&some, &full}) {
+            uint32_t sum = 0;
+            for (const unsigned char byte : *row) sum += byte;
+            EXPECT_EQ(sum_row(row->data(), width), sum) << width;
         }
     }
 }
@@ -237,5 +304,142 @@ TEST_F(rows, dilate_row_and_erode_row_leave_the_first_and_the_last_two_columns) 
         }
     }
 }
+
+// --- rows that do not begin at whole words --------------------------------------------------------------------------
+
+// A row that begins some bytes behind a multiple of eight, between bytes that nobody may write.
+class placed_row {
+public:
+    placed_row(support::random_source& random, int width, int offset)
+        : m_bytes(static_cast<std::size_t>(width) + 24, 99), m_first(8 + offset), m_width(width) {
+        random.fill(data(), static_cast<std::size_t>(width));
+    }
+    unsigned char* data() { return m_bytes.data() + m_first; }
+    bytes content() const { return bytes(m_bytes.begin() + m_first, m_bytes.begin() + m_first + m_width); }
+    bool is_fenced() const {
+        const auto is_fence = [](unsigned char byte) { return byte == 99; };
+        return std::all_of(m_bytes.begin(), m_bytes.begin() + m_first, is_fence) &&
+               std::all_of(m_bytes.begin() + m_first + m_width, m_bytes.end(), is_fence);
+    }
+
+private:
+    bytes m_bytes;
+    int m_first;
+    int m_width;
+};
+
+struct place_row : support::named_row {
+    int offsets[4];
+};
+
+class misplaced_rows : public testing::TestWithParam<place_row> {
+protected:
+    placed_row row(int which, int width) { return placed_row(m_random, width, GetParam().offsets[which]); }
+
+    support::random_source m_random;
+};
+
+TEST_P(misplaced_rows, are_thresholded) {
+    for (const int width : all_widths()) {
+        placed_row src = row(0, width), dst = row(1, width);
+        bytes wanted = src.content();
+        const int threshold = m_random.below(256);
+        for (unsigned char& byte : wanted) byte = byte > threshold ? 255 : 0;
+        threshold_row(src.data(), dst.data(), width, threshold);
+        ASSERT_EQ(dst.content(), wanted) << width << ", seed " << m_random.seed();
+        ASSERT_TRUE(dst.is_fenced()) << width;
+    }
+}
+
+TEST_P(misplaced_rows, are_summed_and_their_bright_pixels_counted) {
+    for (const int width : wide_widths()) {
+        placed_row luma = row(0, width), mask = row(1, width);
+        const int limit = m_random.below(256);
+        uint32_t sum = 0;
+        bright_counts got = {1, 2, 3}, wanted = got;
+        const bytes pixels = luma.content(), set = mask.content();
+        for (std::size_t x = 0; x < pixels.size(); ++x) {
+            sum += pixels[x];
+            wanted.bright += pixels[x] > limit ? 1 : 0;
+            wanted.bright_sum += pixels[x] > limit ? pixels[x] : 0;
+            wanted.fire += set[x] & 1;
+        }
+        ASSERT_EQ(sum_row(luma.data(), width), sum) << width << ", seed " << m_random.seed();
+        add_bright_row(luma.data(), mask.data(), width, limit, &got);
+        ASSERT_EQ(got.bright, wanted.bright) << width << ", above " << limit << ", seed " << m_random.seed();
+        ASSERT_EQ(got.bright_sum, wanted.bright_sum) << width << ", above " << limit << ", seed " << m_random.seed();
+        ASSERT_EQ(got.fire, wanted.fire) << width << ", seed " << m_random.seed();
+    }
+}
+
+TEST_P(misplaced_rows, become_bits) {
+    for (const int width : all_widths()) {
+        placed_row src = row(0, width);
+        for (int x = 0; x < width; ++x) src.data()[x] = m_random.below(3) == 0 ? src.data()[x] : 0;
+        uint64_t bits[k_bit_words];
+        bits_row(src.data(), width, bits);
+        for (int x = 0; x < k_widest_bits; ++x) {
+            ASSERT_EQ(bits[x / 64] >> x % 64 & 1, x < width && src.data()[x] != 0 ? 1u : 0u)
+                << "column " << x << " of " << width << ", seed " << m_random.seed();
+        }
+    }
+}
+
+// Stretches of set and of clear pixels too, as masks have them.
+TEST_P(misplaced_rows, are_dilated) {
+    for (const int width : wide_widths()) {
+        if (width < 4) continue;
+        for (const int stretch : {1, 3, 30}) {
+            placed_row three[3] = {row(0, width), row(1, width), row(2, width)}, dst = row(3, width);
+            for (placed_row& one : three) {
+                for (int x = 0, left = 0, value = 0; x < width; ++x, --left) {
+                    if (left <= 0) value = m_random.below(3) == 0 ? 255 : 0, left = m_random.between(1, stretch);
+                    one.data()[x] = static_cast<unsigned char>(value);
+                }
+            }
+            bytes wanted = dst.content();
+            for (int x = 1; x < width - 2; ++x) {
+                int bits = 0;
+                for (placed_row& one : three) bits |= one.data()[x - 1] | one.data()[x] | one.data()[x + 1];
+                wanted[static_cast<std::size_t>(x)] = static_cast<unsigned char>(bits);
+            }
+            dilate_row(three[0].data(), three[1].data(), three[2].data(), dst.data(), width);
+            ASSERT_EQ(dst.content(), wanted) << width << ", seed " << m_random.seed();
+            ASSERT_TRUE(dst.is_fenced()) << width;
+        }
+    }
+}
+
+#if !ORVA_HAS_VECTORS
+TEST_P(misplaced_rows, are_replaced) {
+    for (const int width : all_widths()) {
+        placed_row luma = row(0, width), before = row(1, width), distances = row(2, width);
+        bytes wanted(luma.content().size());
+        difference_counts counts = {}, wanted_counts = {};
+        for (int x = 0; x < width; ++x) {
+            const int step = distance(luma.data()[x], before.data()[x]);
+            wanted[static_cast<std::size_t>(x)] = static_cast<unsigned char>(step);
+            wanted_counts.sum += static_cast<uint32_t>(step);
+            ++wanted_counts.of[step];
+        }
+        const bool any = std::any_of(wanted.begin(), wanted.end(), [](unsigned char byte) { return byte > 20; });
+        EXPECT_EQ(replace_row(luma.data(), before.data(), distances.data(), width, 20, &counts), any) << width;
+        ASSERT_EQ(before.content(), luma.content()) << width << ", seed " << m_random.seed();
+        ASSERT_EQ(distances.content(), wanted) << width << ", seed " << m_random.seed();
+        ASSERT_TRUE(before.is_fenced() && distances.is_fenced()) << width;
+        ASSERT_EQ(counts.sum, wanted_counts.sum) << width << ", seed " << m_random.seed();
+        for (int value = 21; value < 256; ++value) ASSERT_EQ(counts.of[value], wanted_counts.of[value]) << value;
+    }
+}
+#endif
+
+INSTANTIATE_TEST_SUITE_P(
+    table, misplaced_rows,
+    testing::Values(place_row{{"all at a word"}, {0, 0, 0, 0}}, place_row{{"all a byte behind"}, {1, 1, 1, 1}},
+                    place_row{{"all two bytes behind"}, {2, 2, 2, 2}},
+                    place_row{{"all three bytes behind"}, {3, 3, 3, 3}}, place_row{{"at other words"}, {4, 0, 0, 4}},
+                    place_row{{"the first aside"}, {1, 0, 0, 0}}, place_row{{"the second aside"}, {0, 3, 0, 0}},
+                    place_row{{"the third aside"}, {0, 0, 2, 0}}, place_row{{"the last aside"}, {2, 2, 2, 1}}),
+    support::row_name());
 
 }  // namespace
