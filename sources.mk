@@ -74,31 +74,42 @@ endif
 ORVA_MAJOR := $(shell sed -n 's/^.define ORVA_FD_VERSION_MAJOR *//p' $(ORVA_ROOT)/include/ORVA_FireDetection.h)
 ORVA_FLAGS := -std=c++11 -fPIC -fvisibility=hidden -fvisibility-inlines-hidden -ffp-contract=off -pthread \
     -Wall -Wextra -I$(ORVA_ROOT) -I$(ORVA_ROOT)/include $(ORVA_SEAM_FLAGS) $(CPU_FLAGS)
-ORVA_OBJECT_DIR := $(OUT)/objects-$(ORVA_IVE)
+ORVA_OBJECT_DIR := $(OUT)/objects
 ORVA_ROW_OBJECTS := $(patsubst %.cpp,$(ORVA_OBJECT_DIR)/%.o,$(ORVA_FD_ROW_SOURCES))
 ORVA_OBJECTS := $(patsubst %.cpp,$(ORVA_OBJECT_DIR)/%.o,$(ORVA_FD_SOURCES) $(ORVA_FD_ROW_SOURCES) $(ORVA_SEAM_SOURCES))
 
-.PHONY: all clean print-sources
+# What the results were built with. The file is rewritten only when one of these changed, and all is built anew then: an
+# object of another processor, or a library with another back end, must not pass for one of this build.
+ORVA_SETTINGS_FILE := $(OUT)/settings
+ORVA_SETTINGS := $(ORVA_IVE) $(ORVA_CXX) $(ORVA_AR) $(ORVA_FLAGS) $(CXXFLAGS) $(LDFLAGS) $(ORVA_OBJECTS)
+ORVA_QUOTE := '
+ORVA_QUOTED_SETTINGS := '$(subst $(ORVA_QUOTE),'\'',$(ORVA_SETTINGS))'
+
+.PHONY: all clean print-sources FORCE
 all: $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so
 
 $(ORVA_ROW_OBJECTS): ORVA_ROW_FLAGS := -O3
 
-$(ORVA_OBJECT_DIR)/%.o: $(ORVA_ROOT)/%.cpp
+$(ORVA_SETTINGS_FILE): FORCE
+	@mkdir -p $(@D)
+	@printf '%s\n' $(ORVA_QUOTED_SETTINGS) | cmp -s - $@ || printf '%s\n' $(ORVA_QUOTED_SETTINGS) > $@
+
+$(ORVA_OBJECT_DIR)/%.o: $(ORVA_ROOT)/%.cpp $(ORVA_SETTINGS_FILE)
 	@mkdir -p $(@D)
 	$(ORVA_CXX) $(ORVA_FLAGS) $(CXXFLAGS) $(ORVA_ROW_FLAGS) -MMD -MP -c $< -o $@
 
-$(OUT)/liborva_fd.a: $(ORVA_OBJECTS)
+$(OUT)/liborva_fd.a: $(ORVA_OBJECTS) $(ORVA_SETTINGS_FILE)
 	rm -f $@
-	$(ORVA_AR) rcs $@ $^
+	$(ORVA_AR) rcs $@ $(ORVA_OBJECTS)
 
 # Vendor symbols stay open here: the program that loads the library links the vendor's libraries.
-$(OUT)/liborva_fd.so: $(ORVA_OBJECTS) $(ORVA_ROOT)/cmake/orva_fd.map
+$(OUT)/liborva_fd.so: $(ORVA_OBJECTS) $(ORVA_SETTINGS_FILE) $(ORVA_ROOT)/cmake/orva_fd.map
 	$(ORVA_CXX) $(CPU_FLAGS) -shared -pthread -Wl,-soname,liborva_fd.so.$(ORVA_MAJOR) \
 	    -Wl,--version-script=$(ORVA_ROOT)/cmake/orva_fd.map $(LDFLAGS) $(ORVA_OBJECTS) -o $@.$(ORVA_MAJOR)
 	ln -sf liborva_fd.so.$(ORVA_MAJOR) $@
 
 clean:
-	rm -rf $(OUT)/objects-OFF $(OUT)/objects-STANDIN $(OUT)/objects-SDK $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so*
+	rm -rf $(ORVA_OBJECT_DIR) $(ORVA_SETTINGS_FILE) $(OUT)/liborva_fd.a $(OUT)/liborva_fd.so*
 
 # The sources of the chosen build, for scripts.
 print-sources:

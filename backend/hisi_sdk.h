@@ -23,11 +23,13 @@ constexpr std::size_t by_pointer(std::size_t narrow, std::size_t wide) {
 }
 
 static_assert(sizeof(HI_BOOL) == 4 && sizeof(IVE_HANDLE) == 4 && sizeof(HI_U64) == 8, "basic types");
+static_assert(HI_FALSE == 0 && HI_TRUE == 1 && HI_SUCCESS == 0 && HI_FAILURE == -1, "values of flags and of success");
 static_assert(sizeof(IVE_IMAGE_TYPE_E) == 4 && sizeof(IVE_SUB_MODE_E) == 4 && sizeof(IVE_DMA_MODE_E) == 4 &&
                   sizeof(IVE_THRESH_MODE_E) == 4 && sizeof(IVE_CSC_MODE_E) == 4 && sizeof(IVE_CCL_MODE_E) == 4,
               "enumerations are ints: -fshort-enums breaks every record");
 
-static_assert(sizeof(IVE_IMAGE_S) == by_pointer(40, 56), "size of an image");
+static_assert(sizeof(IVE_IMAGE_S) == by_pointer(40, 56) && alignof(IVE_IMAGE_S) == by_pointer(4, 8),
+              "size of an image");
 static_assert(offsetof(IVE_IMAGE_S, enType) == 0 && offsetof(IVE_IMAGE_S, u32PhyAddr) == 4 &&
                   offsetof(IVE_IMAGE_S, pu8VirAddr) == 16,
               "addresses of an image");
@@ -37,7 +39,8 @@ static_assert(offsetof(IVE_IMAGE_S, u16Stride) == by_pointer(28, 40) &&
                   offsetof(IVE_IMAGE_S, u16Reserved) == by_pointer(38, 50),
               "strides and size of an image");
 
-static_assert(sizeof(IVE_DATA_S) == by_pointer(16, 24), "size of a data block");
+static_assert(sizeof(IVE_DATA_S) == by_pointer(16, 24) && alignof(IVE_DATA_S) == by_pointer(4, 8),
+              "size of a data block");
 static_assert(offsetof(IVE_DATA_S, u32PhyAddr) == 0 && offsetof(IVE_DATA_S, pu8VirAddr) == by_pointer(4, 8) &&
                   offsetof(IVE_DATA_S, u16Stride) == by_pointer(8, 16) &&
                   offsetof(IVE_DATA_S, u16Width) == by_pointer(10, 18) &&
@@ -45,28 +48,31 @@ static_assert(offsetof(IVE_DATA_S, u32PhyAddr) == 0 && offsetof(IVE_DATA_S, pu8V
                   offsetof(IVE_DATA_S, u16Reserved) == by_pointer(14, 22),
               "fields of a data block");
 
-static_assert(sizeof(IVE_MEM_INFO_S) == by_pointer(12, 24), "size of a memory record");
+static_assert(sizeof(IVE_MEM_INFO_S) == by_pointer(12, 24) && alignof(IVE_MEM_INFO_S) == by_pointer(4, 8),
+              "size of a memory record");
 static_assert(offsetof(IVE_MEM_INFO_S, u32PhyAddr) == 0 && offsetof(IVE_MEM_INFO_S, pu8VirAddr) == by_pointer(4, 8) &&
                   offsetof(IVE_MEM_INFO_S, u32Size) == by_pointer(8, 16),
               "fields of a memory record");
 
-static_assert(sizeof(IVE_SUB_CTRL_S) == 4 && sizeof(IVE_CSC_CTRL_S) == 4, "difference and colour controls");
+static_assert(sizeof(IVE_SUB_CTRL_S) == 4 && alignof(IVE_SUB_CTRL_S) == 4 && sizeof(IVE_CSC_CTRL_S) == 4 &&
+                  alignof(IVE_CSC_CTRL_S) == 4,
+              "difference and colour controls");
 static_assert(sizeof(IVE_DMA_CTRL_S) == 24 && alignof(IVE_DMA_CTRL_S) == 8, "size of the copy control");
 static_assert(offsetof(IVE_DMA_CTRL_S, enMode) == 0 && offsetof(IVE_DMA_CTRL_S, u64Val) == 8 &&
                   offsetof(IVE_DMA_CTRL_S, u8HorSegSize) == 16 && offsetof(IVE_DMA_CTRL_S, u8ElemSize) == 17 &&
                   offsetof(IVE_DMA_CTRL_S, u8VerSegRows) == 18,
               "fields of the copy control");
 static_assert(sizeof(IVE_DILATE_CTRL_S) == 25 && alignof(IVE_DILATE_CTRL_S) == 1, "dilation control");
-static_assert(sizeof(IVE_THRESH_CTRL_S) == 12 && offsetof(IVE_THRESH_CTRL_S, enMode) == 0 &&
-                  offsetof(IVE_THRESH_CTRL_S, u8LowThr) == 4 && offsetof(IVE_THRESH_CTRL_S, u8HighThr) == 5 &&
-                  offsetof(IVE_THRESH_CTRL_S, u8MinVal) == 6 && offsetof(IVE_THRESH_CTRL_S, u8MidVal) == 7 &&
-                  offsetof(IVE_THRESH_CTRL_S, u8MaxVal) == 8,
+static_assert(sizeof(IVE_THRESH_CTRL_S) == 12 && alignof(IVE_THRESH_CTRL_S) == 4 &&
+                  offsetof(IVE_THRESH_CTRL_S, enMode) == 0 && offsetof(IVE_THRESH_CTRL_S, u8LowThr) == 4 &&
+                  offsetof(IVE_THRESH_CTRL_S, u8HighThr) == 5 && offsetof(IVE_THRESH_CTRL_S, u8MinVal) == 6 &&
+                  offsetof(IVE_THRESH_CTRL_S, u8MidVal) == 7 && offsetof(IVE_THRESH_CTRL_S, u8MaxVal) == 8,
               "threshold control");
-static_assert(sizeof(IVE_CCL_CTRL_S) == 8 && offsetof(IVE_CCL_CTRL_S, enMode) == 0 &&
+static_assert(sizeof(IVE_CCL_CTRL_S) == 8 && alignof(IVE_CCL_CTRL_S) == 4 && offsetof(IVE_CCL_CTRL_S, enMode) == 0 &&
                   offsetof(IVE_CCL_CTRL_S, u16InitAreaThr) == 4 && offsetof(IVE_CCL_CTRL_S, u16Step) == 6,
               "labelling control: without the mode it is an older chip's");
 
-static_assert(sizeof(IVE_REGION_S) == 12 && offsetof(IVE_REGION_S, u32Area) == 0 &&
+static_assert(sizeof(IVE_REGION_S) == 12 && alignof(IVE_REGION_S) == 4 && offsetof(IVE_REGION_S, u32Area) == 0 &&
                   offsetof(IVE_REGION_S, u16Left) == 4 && offsetof(IVE_REGION_S, u16Right) == 6 &&
                   offsetof(IVE_REGION_S, u16Top) == 8 && offsetof(IVE_REGION_S, u16Bottom) == 10,
               "a region of the labelling result");

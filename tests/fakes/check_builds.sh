@@ -22,19 +22,55 @@ cp "$standin" "$work/lib/libmpi.so"
 six="ORVA_FireDetection_Init ORVA_FireDetection_SetFrame ORVA_FireDetection_SetSensitiveGrade"
 six="$six ORVA_FireDetection_Start ORVA_FireDetection_Stop ORVA_FireDetection_UnInit"
 
+# One folder for all: a choice that was built before must not be left over from between.
 echo "== plain make"
-for choice in OFF STANDIN SDK; do
+one=$work/one
+# usage: vendor_names NM_OPTIONS LIBRARY; how many vendor functions it leaves open
+vendor_names() {
+    # shellcheck disable=SC2086  # no option or one
+    nm $1 "$2" 2>/dev/null | awk '$1 == "U" { print $2 }' | grep '^HI_MPI_' | sort -u | wc -l
+}
+for choice in OFF STANDIN SDK OFF; do
     make -s -f "$source/sources.mk" -j2 CXX="$compiler" ORVA_IVE=$choice ORVA_SDK_INCLUDE="$work/include" \
-        CXXFLAGS="-O1 -Werror" OUT="$work/$choice" >/dev/null
-    exported=$(nm -D --defined-only "$work/$choice/liborva_fd.so" | awk '{print $3}' | sort | tr '\n' ' ')
+        CXXFLAGS="-O1 -Werror" OUT="$one" >/dev/null
+    exported=$(nm -D --defined-only "$one/liborva_fd.so" | awk '{print $3}' | sort | tr '\n' ' ')
     [ "$exported" = "$six " ] || fail "$choice exports: $exported"
-    readelf -d "$work/$choice/liborva_fd.so" | grep -q 'SONAME.*\[liborva_fd.so.1\]' || fail "$choice: no SONAME"
-    vendor=$(nm "$work/$choice/liborva_fd.a" 2>/dev/null | grep -c ' U HI_MPI_' || true)
-    case $choice in
-    OFF) [ "$vendor" = 0 ] || fail "OFF refers to $vendor vendor functions" ;;
-    *) [ "$vendor" = 11 ] || fail "$choice refers to $vendor vendor functions, not to the eleven" ;;
-    esac
+    readelf -d "$one/liborva_fd.so" | grep -q 'SONAME.*\[liborva_fd.so.1\]' || fail "$choice: no SONAME"
+    wanted=11
+    if [ $choice = OFF ]; then wanted=0; fi
+    for library in a so; do
+        vendor=$(vendor_names "$([ $library = a ] || echo -D)" "$one/liborva_fd.$library")
+        [ "$vendor" = $wanted ] || fail "$choice: liborva_fd.$library refers to $vendor vendor functions, not to $wanted"
+    done
+    if [ $choice = SDK ]; then cp "$one/liborva_fd.a" "$work/accelerated.a"; fi
 done
+
+echo "== plain make with other settings"
+# usage: compiles YES_OR_NO WHAT VARIABLE=VALUE...; whether make finds an object to compile with these settings
+compiles() {
+    expected=$1
+    what=$2
+    shift 2
+    make -f "$source/sources.mk" CXX="$compiler" ORVA_IVE=SDK ORVA_SDK_INCLUDE="$work/include" CXXFLAGS=-O0 \
+        OUT="$work/set" "$@" "$work/set/objects/backend/hisi_ive_accel.o" >"$work/set.log" || fail "make with $what failed"
+    found=no
+    if grep -q -- ' -c ' "$work/set.log"; then found=yes; fi
+    [ $found = "$expected" ] || fail "make with $what: compiled $found, not $expected"
+}
+mkdir "$work/bin" "$work/include2"
+cp "$work/include/"* "$work/include2"
+printf '#!/bin/sh\nexec "%s" "$@"\n' "$compiler" >"$work/bin/other-c++"
+chmod +x "$work/bin/other-c++"
+compiles yes "an empty folder"
+compiles no "the same settings"
+compiles yes "other flags" CXXFLAGS=-O1
+compiles yes "the first flags again"
+compiles yes "flags of a processor" CPU_FLAGS=-g0
+compiles yes "a definition in quotes" CPU_FLAGS="-DNAME='\"a b\"'"
+compiles no "the same in quotes" CPU_FLAGS="-DNAME='\"a b\"'"
+compiles yes "another vendor folder" ORVA_SDK_INCLUDE="$work/include2"
+compiles yes "another compiler" ORVA_SDK_INCLUDE="$work/include2" CXX=c++ CROSS_COMPILE="$work/bin/other-"
+compiles no "the same compiler" ORVA_SDK_INCLUDE="$work/include2" CXX=c++ CROSS_COMPILE="$work/bin/other-"
 for choice in NONE SDK; do
     if make -s -f "$source/sources.mk" ORVA_IVE=$choice OUT="$work/none" 2>/dev/null; then fail "make took $choice"; fi
 done
@@ -47,7 +83,7 @@ must_not_compile() {
     sed "$2" "$source/backend/hisi_sdk_declarations.h" >"$work/other/mpi_ive.h"
     : >"$work/other/mpi_sys.h"
     if make -s -f "$source/sources.mk" CXX="$compiler" ORVA_IVE=SDK ORVA_SDK_INCLUDE="$work/other" OUT="$work/wrong" \
-        >"$work/other.log" 2>&1; then
+        "$work/wrong/objects/backend/hisi_ive_accel.o" >"$work/other.log" 2>&1; then
         fail "$1 was taken"
     fi
     grep -q "$3" "$work/other.log" || fail "$1 was refused, but not for that"
@@ -57,7 +93,35 @@ must_not_compile "a labelling control with its fields swapped" \
     's/HI_U16 u16InitAreaThr;/HI_U16 kept;/; s/HI_U16 u16Step;.*/HI_U16 u16Step; HI_U16 u16InitAreaThr;/' 'older chip'
 must_not_compile "an image with 64-bit addresses" 's/HI_U32 u32PhyAddr\[3\]/HI_U64 u32PhyAddr[3]/' 'size of an image'
 must_not_compile "an image with 32-bit strides" 's/HI_U16 u16Stride\[3\]/HI_U32 u16Stride[3]/' 'strides and size of an image'
+must_not_compile "packed regions" 's/} IVE_REGION_S;/} __attribute__((packed)) IVE_REGION_S;/' 'a region of the labelling'
+must_not_compile "a packed labelling control" 's/} IVE_CCL_CTRL_S;/} __attribute__((packed)) IVE_CCL_CTRL_S;/' 'older chip'
+must_not_compile "another number for truth" 's/HI_TRUE = 1/HI_TRUE = 2/' 'values of flags and of success'
+must_not_compile "another number for success" 's/HI_SUCCESS 0/HI_SUCCESS 1/' 'values of flags and of success'
 must_not_compile "another number for labelling with 8 neighbours" 's/IVE_CCL_MODE_8C = 1/IVE_CCL_MODE_8C = 2/' 'modes'
+
+echo "== static archives"
+# The vendor's archives in what matters to a linker: the engine's calls the memory functions.
+mkdir "$work/archives"
+for part in ive mpi; do
+    "$compiler" -x c -std=c99 -Wall -Wextra -Wpedantic -Werror -I"$source" -c "$source/tests/fakes/archive_$part.c" \
+        -o "$work/archives/$part.o"
+    ar rcs "$work/archives/lib$part.a" "$work/archives/$part.o"
+done
+echo 'int main() { return ORVA_FireDetection_Init(); }' >"$work/host.cpp"
+# usage: links ARCHIVE...
+links() {
+    "$compiler" -include "$source/include/ORVA_FireDetection.h" "$work/host.cpp" "$@" -pthread -o "$work/host" \
+        >"$work/link.log" 2>&1
+}
+links "$work/accelerated.a" "$work/archives/libive.a" "$work/archives/libmpi.a" || {
+    cat "$work/link.log"
+    fail "the static archives do not link in their order"
+}
+if links "$work/archives/libive.a" "$work/archives/libmpi.a" "$work/accelerated.a"; then
+    fail "the vendor's archives may come first"
+fi
+if links "$work/accelerated.a" "$work/archives/libmpi.a"; then fail "the engine's archive may be left out"; fi
+if links "$work/accelerated.a" "$work/archives/libive.a"; then fail "the memory's archive may be left out"; fi
 
 echo "== CMake with an SDK"
 configure() {
