@@ -39,12 +39,14 @@ void pair_totals::add(const pair_totals& other) {
     refused += other.refused;
     engine_operations += other.engine_operations;
     software_operations += other.software_operations;
+    both_ways += other.both_ways;
 }
 
 std::string pair_totals::text() const {
     return std::to_string(frames) + " frames compared, " + std::to_string(with_boxes) + " with boxes, " +
            std::to_string(refused) + " refused by the chip, " + std::to_string(engine_operations) +
-           " operations on the engine, " + std::to_string(software_operations) + " in software";
+           " operations on the engine, " + std::to_string(software_operations) + " in software, " +
+           std::to_string(both_ways) + " frames with both";
 }
 
 channel_pair::channel_pair(const fd_rect& region) {
@@ -80,8 +82,13 @@ std::string channel_pair::compare(const fd_yuv_frame& frame) {
     const support::outcome got = support::outcome_of([&] { return m_channel.set_frame(copy, m_result); });
     m_code = got.status;
     m_text = got.text;
+    const pair_totals before = totals();
     const int wanted = m_twin->set_frame(frame, m_twin_result);
     const std::string wanted_text = m_log.take_text();
+    const pair_totals after = totals();
+    const bool both =
+        after.engine_operations > before.engine_operations && after.software_operations > before.software_operations;
+    if (both) ++m_totals.both_ways;
     ++m_totals.frames;
     if (m_code == 4) ++m_totals.refused;
     if (m_code == 0 && m_result.count != 0) ++m_totals.with_boxes;

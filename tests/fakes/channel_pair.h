@@ -17,6 +17,7 @@ struct pair_totals {
     long refused = 0;  // 4
     long engine_operations = 0;
     long software_operations = 0;
+    long both_ways = 0;  // frames with operations of either kind
 
     void add(const pair_totals& other);
     std::string text() const;

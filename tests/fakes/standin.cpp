@@ -358,8 +358,7 @@ void trace_to(const std::string& path) {
 
 }  // namespace standin
 
-// --- the vendor's interface
-// -------------------------------------------------------------------------------------------
+// --- the vendor's interface -------------------------------------------------------------------------------------
 
 using standin::call;
 using standin::chip;

@@ -4,10 +4,9 @@
 //   - Physical addresses are made up. An image is found by its physical address alone; virtual ones are recorded only.
 //   - Jobs wait in a queue. One that was submitted as instant runs when it is waited for, together with all before it;
 //     others never announce themselves. So a result that is read too early is an old one.
-//   - Cached memory exists twice, as the processor sees it and as the engine does. A flush writes back those lines of
-//   32
-//     bytes that the processor changed since the last flush, and reloads the others; nothing else moves a byte. A line
-//     counts as changed by its bytes: one that was rewritten with what it held does not.
+//   - Cached memory exists twice, as the processor sees it and as the engine does. A flush writes back those lines
+//     of 32 bytes that the processor changed since the last flush, and reloads the others; nothing else moves a byte.
+//     A line counts as changed by its bytes: one that was rewritten with what it held does not.
 //   - Fresh memory holds rubbish, a failing call leaves rubbish in its results.
 //   - What the chip refuses is refused, at submission, with the chip's code.
 //
@@ -55,8 +54,7 @@ struct record {
 // Forgets calls, scripts and jobs; buffers and registered frames stay. Every test starts with it.
 void reset();
 
-// --- what was called
-// --------------------------------------------------------------------------------------------------
+// --- what was called --------------------------------------------------------------------------------------------
 
 int calls(call function);
 long all_calls();
@@ -64,9 +62,8 @@ std::vector<record> records();
 std::vector<record> records(call function);
 void keep_records(bool keep);  // long runs turn them off; counts go on
 
-// --- what to answer
-// --------------------------------------------------------------------------------------------------- Counts start at
-// the next call of the function, with 1. A scripted refusal comes before any check of the arguments.
+// --- what to answer ---------------------------------------------------------------------------------------------
+// Counts start at the next call of the function, with 1. A scripted refusal comes before any check of the arguments.
 
 // finished: for a query, the flag that is set beside the code; the job has run then.
 void answer(call function, int nth, HI_S32 code, bool finished = false);
@@ -80,8 +77,7 @@ void set_label_status(HI_S8 status);
 // Several wait in line.
 void spoil_labels(const std::vector<HI_U8>& bytes);
 
-// --- memory
-// -----------------------------------------------------------------------------------------------------------
+// --- memory -----------------------------------------------------------------------------------------------------
 
 int live_buffers();
 // Addresses of new buffers are multiples of this and not of its double. 16 at first.
@@ -95,8 +91,7 @@ std::vector<unsigned char> engine_bytes(HI_U32 phys_addr, std::size_t bytes);
 // Writes as the engine would, past the processor's copy.
 bool write_engine_bytes(HI_U32 phys_addr, const std::vector<unsigned char>& bytes);
 
-// --- what should not happen
-// -------------------------------------------------------------------------------------------
+// --- what should not happen -------------------------------------------------------------------------------------
 
 int pending_jobs();
 int undefined_results();  // jobs whose input makes the chip's result undefined: a dilation of values between 0 and 255

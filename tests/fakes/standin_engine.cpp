@@ -37,8 +37,7 @@ view plane_of(memory_map& memory, const IVE_DATA_S& data) {
     return view_at(memory, data.u32PhyAddr, data.u16Stride, data.u16Width, data.u16Height);
 }
 
-// --- difference, copy, threshold
-// --------------------------------------------------------------------------------------
+// --- difference, copy, threshold --------------------------------------------------------------------------------
 
 job_end run_sub(const record& job, memory_map& memory) {
     const view a = plane_of(memory, job.images[0]);
@@ -74,8 +73,7 @@ job_end run_thresh(const record& job, memory_map& memory) {
     return job_end::done;
 }
 
-// --- dilation
-// ---------------------------------------------------------------------------------------------------------
+// --- dilation ---------------------------------------------------------------------------------------------------
 
 const unsigned char k_undefined = 0xA5;  // what comes out where the chip promises nothing
 
@@ -124,8 +122,7 @@ job_end run_dilate(const record& job, memory_map& memory) {
     return defined ? job_end::done : job_end::undefined_result;
 }
 
-// --- colour
-// -----------------------------------------------------------------------------------------------------------
+// --- colour -----------------------------------------------------------------------------------------------------
 
 // Fixed point with 32 fraction bits: one factor for luma, four for chroma.
 struct colour_matrix {
@@ -204,8 +201,7 @@ job_end run_csc(const record& job, memory_map& memory) {
     return job_end::done;
 }
 
-// --- labelling
-// --------------------------------------------------------------------------------------------------------
+// --- labelling --------------------------------------------------------------------------------------------------
 
 class labeller {
 public:

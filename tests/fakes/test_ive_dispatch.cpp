@@ -2,7 +2,8 @@
 // its failures become.
 #include <gtest/gtest.h>
 
-#include <tuple>
+#include <cstdint>
+#include <vector>
 
 #include "imgproc/common.h"
 #include "preprocess/CYuv420_Rgb.h"
@@ -17,6 +18,34 @@ using fakes::workbench;
 using standin::call;
 using support::outcome;
 using support::outcome_of;
+
+// All that a job was handed, as numbers.
+std::vector<std::uintptr_t> values_of(const standin::record& job) {
+    std::vector<std::uintptr_t> all = {static_cast<std::uintptr_t>(job.function),
+                                       static_cast<std::uintptr_t>(job.flag)};
+    const auto add = [&](auto... values) { (all.push_back(static_cast<std::uintptr_t>(values)), ...); };
+    const auto add_address = [&](const HI_U8* address) { add(reinterpret_cast<std::uintptr_t>(address)); };
+    for (const IVE_IMAGE_S& image : job.images) {
+        add(image.enType, image.u16Width, image.u16Height, image.u16Reserved);
+        for (int plane = 0; plane < 3; ++plane) {
+            add(image.u32PhyAddr[plane], image.u16Stride[plane]);
+            add_address(image.pu8VirAddr[plane]);
+        }
+    }
+    for (const IVE_DATA_S& data : job.data) {
+        add(data.u32PhyAddr, data.u16Stride, data.u16Width, data.u16Height, data.u16Reserved);
+        add_address(data.pu8VirAddr);
+    }
+    add(job.memory.u32PhyAddr, job.memory.u32Size);
+    add_address(job.memory.pu8VirAddr);
+    add(job.sub.enMode, job.csc.enMode);
+    add(job.dma.enMode, job.dma.u64Val, job.dma.u8HorSegSize, job.dma.u8ElemSize, job.dma.u8VerSegRows);
+    for (const HI_U8 entry : job.dilate.au8Mask) add(entry);
+    add(job.thresh.enMode, job.thresh.u8LowThr, job.thresh.u8HighThr, job.thresh.u8MinVal, job.thresh.u8MidVal,
+        job.thresh.u8MaxVal);
+    add(job.ccl.enMode, job.ccl.u16InitAreaThr, job.ccl.u16Step);
+    return all;
+}
 
 class every_operation : public fakes::chip_test, public testing::WithParamInterface<operation> {
 protected:
@@ -172,10 +201,7 @@ TEST_P(every_operation, an_engine_time_out_submits_the_same_job_again) {
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         EXPECT_EQ(jobs[i].flag, HI_TRUE);
         EXPECT_EQ(waits[i].handle, jobs[i].handle) << "each wait is for the job before it";
-        for (std::size_t image = 0; image < 3; ++image) {
-            EXPECT_EQ(jobs[i].images[image].u32PhyAddr[0], jobs[0].images[image].u32PhyAddr[0]);
-            EXPECT_EQ(jobs[i].images[image].u16Width, jobs[0].images[image].u16Width);
-        }
+        EXPECT_EQ(values_of(jobs[i]), values_of(jobs[0])) << "submission " << i + 1;
     }
 }
 
@@ -229,8 +255,7 @@ TEST_P(every_operation, a_resubmission_that_is_refused_fails) {
 
 INSTANTIATE_TEST_SUITE_P(ive, every_operation, testing::ValuesIn(fakes::all_operations()), support::row_name());
 
-// --- sizes
-// ------------------------------------------------------------------------------------------------------------
+// --- sizes ------------------------------------------------------------------------------------------------------
 
 class sized_operation : public every_operation {};
 
@@ -266,5 +291,61 @@ TEST_P(sized_operation, unequal_sizes_come_before_an_image_that_does_not_qualify
 }
 
 INSTANTIATE_TEST_SUITE_P(ive, sized_operation, testing::ValuesIn(fakes::operations_with_sizes()), support::row_name());
+
+// --- sizes that the engine does not take ------------------------------------------------------------------------
+
+class large_pictures : public fakes::chip_test {
+protected:
+    large_pictures() { orva_fd::fd_table::init(); }
+
+    orva_fd::hisi_ive_func ive;
+};
+
+TEST_F(large_pictures, a_dilation_of_1026_rows_goes_to_software_without_a_line) {
+    fakes::chip_picture from(1920, 1026), to(1920, 1026);
+    from.plane().at(960, 1020) = 255;
+    fd_yuv_frame src = from.frame(), dst = to.frame();
+    const outcome got = outcome_of([&] { return ive.do_dilate(&src, &dst, true); });
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(got.text, "");
+    EXPECT_EQ(standin::all_calls(), 0);
+    EXPECT_EQ(to.plane().at(961, 1021), 255);
+    EXPECT_EQ(to.plane().at(962, 1021), 0);
+}
+
+TEST_F(large_pictures, a_dilation_of_1024_rows_goes_to_the_engine) {
+    fakes::chip_picture from(1920, 1024), to(1920, 1024);
+    fd_yuv_frame src = from.frame(), dst = to.frame();
+    EXPECT_EQ(ive.do_dilate(&src, &dst, true), 0);
+    EXPECT_EQ(standin::calls(call::dilate), 1);
+}
+
+TEST_F(large_pictures, labelling_of_1282_columns_goes_to_software_without_a_line) {
+    fakes::chip_picture picture(1282, 720);
+    picture.plane().at(1280, 700) = picture.plane().at(1281, 700) = 255;
+    fd_yuv_frame img = picture.frame();
+    std::vector<orva_fd::con_info> components;
+    orva_fd::hisi_mmz_mem no_blob;
+    const outcome got = outcome_of([&] { return ive.do_ccl(&img, &no_blob, components, true); });
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(got.text, "");
+    EXPECT_EQ(standin::all_calls(), 0);
+    ASSERT_EQ(components.size(), 1u) << "software keeps the smallest";
+    EXPECT_EQ(components[0].area, 2);
+    EXPECT_EQ(components[0].right, 1281);
+    EXPECT_EQ(components[0].bottom, 700);
+}
+
+// The rule lets 1280 x 720 through, the chip's header 720 x 640.
+TEST_F(large_pictures, labelling_of_1280_columns_goes_to_the_engine_and_is_refused) {
+    fakes::chip_picture picture(1280, 720);
+    fd_yuv_frame img = picture.frame();
+    std::vector<orva_fd::con_info> components;
+    orva_fd::hisi_mmz_mem blob;
+    ASSERT_EQ(blob.alloc_mmz(3052, true), 0);
+    const outcome got = outcome_of([&] { return ive.do_ccl(&img, &blob, components, true); });
+    EXPECT_EQ(got.status, 4);
+    EXPECT_EQ(got.text, fakes::refused_text(fakes::all_operations()[5], 0xA01D8003u));
+}
 
 }  // namespace

@@ -210,8 +210,20 @@ TEST_F(ive_records, a_frame_without_physical_addresses_qualifies_and_is_refused)
     EXPECT_EQ(got.text, fakes::refused_text(fakes::all_operations()[0], 0xA01D8003u));
 }
 
-// --- labelling
-// --------------------------------------------------------------------------------------------------------
+// A stride of 65,536 and more passes the rule and arrives without its upper half, as the records have no room for it.
+TEST_F(ive_records, a_stride_of_65632_arrives_as_96) {
+    std::vector<unsigned char> wanted = copy_of(bench.result);
+    twin::sub(bench.first.plane(), bench.second.plane(), plane_in(wanted, bench.result));
+    bench.first_frame.stride[0] += 65536;
+    EXPECT_EQ(bench.ive.do_sub(&bench.first_frame, &bench.second_frame, &bench.result_frame, true), 0);
+    EXPECT_EQ(submitted(call::sub).images[0].u16Stride[0], 96);
+    EXPECT_EQ(bench.result.bytes(), wanted);
+    EXPECT_EQ(bench.ive.do_dma(&bench.first_frame, &bench.result_frame, true), 0);
+    EXPECT_EQ(submitted(call::dma).data[0].u16Stride, 96);
+    EXPECT_EQ(bench.result.pixels(), bench.first.pixels());
+}
+
+// --- labelling --------------------------------------------------------------------------------------------------
 
 TEST_F(ive_records, ccl) {
     std::vector<unsigned char> wanted = copy_of(bench.first);

@@ -1,20 +1,17 @@
-// The stand-in itself: late jobs, two copies of cached memory, refusals, scripts. What it promises to be awkward about.
+// The stand-in itself: late jobs, two copies of cached memory. What it promises to be awkward about.
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <vector>
 
-#include "tests/fakes/chip_test.h"
-#include "tests/support/rows.h"
+#include "tests/fakes/standin_jobs.h"
 
 namespace {
 
 using fakes::chip_picture;
 using standin::call;
 
-// --- memory
-// -----------------------------------------------------------------------------------------------------------
+// --- memory -----------------------------------------------------------------------------------------------------
 
 class standin_memory : public fakes::chip_test {
 protected:
@@ -155,80 +152,9 @@ TEST_F(standin_memory, a_name_of_15_letters_is_too_long) {
     EXPECT_EQ(HI_MPI_SYS_MmzFree(address, bytes), 0);
 }
 
-// --- jobs
-// -------------------------------------------------------------------------------------------------------------
+// --- jobs -------------------------------------------------------------------------------------------------------
 
-// A legal submission of each function; tests break one thing at a time.
-class standin_jobs : public fakes::chip_test {
-protected:
-    standin_jobs() {
-        source.fill_binary_noise(3, 128);
-        void* virt_addr = nullptr;
-        EXPECT_EQ(HI_MPI_SYS_MmzAlloc_Cached(&blob.u32PhyAddr, &virt_addr, "User", nullptr, 3052), 0);
-        blob.pu8VirAddr = static_cast<HI_U8*>(virt_addr);
-        blob.u32Size = 3052;
-        held = blob;
-        first = image(source, 0, 1);
-        second = first;
-        result = image(target, 0, 1);
-        yuv = image(nv21, 2, 2);
-        planar = image(rgb, 11, 3);
-        from = data(source);
-        to = data(target);
-        for (int at : {6, 7, 8, 11, 12, 13, 16, 17, 18}) square.au8Mask[at] = 255;
-        thresh.u8MaxVal = 255;
-        csc.enMode = IVE_CSC_MODE_PIC_BT709_YUV2RGB;
-        ccl.enMode = IVE_CCL_MODE_8C;
-        ccl.u16InitAreaThr = 10;
-        ccl.u16Step = 2;
-    }
-    ~standin_jobs() override { HI_MPI_SYS_MmzFree(held.u32PhyAddr, held.pu8VirAddr); }
-
-    static IVE_IMAGE_S image(chip_picture& picture, int type, int planes) {
-        const fd_yuv_frame frame = picture.frame();
-        IVE_IMAGE_S record = IVE_IMAGE_S();
-        record.enType = static_cast<IVE_IMAGE_TYPE_E>(type);
-        record.u16Width = static_cast<HI_U16>(frame.width);
-        record.u16Height = static_cast<HI_U16>(frame.height);
-        for (int plane = 0; plane < planes; ++plane) {
-            record.u32PhyAddr[plane] = frame.phys_addr[plane];
-            record.u16Stride[plane] = static_cast<HI_U16>(frame.stride[plane]);
-        }
-        return record;
-    }
-    static IVE_DATA_S data(chip_picture& picture) {
-        const fd_yuv_frame frame = picture.frame();
-        return {frame.phys_addr[0],
-                nullptr,
-                static_cast<HI_U16>(frame.stride[0]),
-                static_cast<HI_U16>(frame.width),
-                static_cast<HI_U16>(frame.height),
-                0};
-    }
-
-    unsigned int do_sub() { return unsigned(HI_MPI_IVE_Sub(&handle, &first, &second, &result, &sub, instant)); }
-    unsigned int do_dma() { return unsigned(HI_MPI_IVE_DMA(&handle, &from, &to, &dma, instant)); }
-    unsigned int do_dilate() { return unsigned(HI_MPI_IVE_Dilate(&handle, &first, &result, &square, instant)); }
-    unsigned int do_thresh() { return unsigned(HI_MPI_IVE_Thresh(&handle, &first, &result, &thresh, instant)); }
-    unsigned int do_csc() { return unsigned(HI_MPI_IVE_CSC(&handle, &yuv, &planar, &csc, instant)); }
-    unsigned int do_ccl() { return unsigned(HI_MPI_IVE_CCL(&handle, &first, &blob, &ccl, instant)); }
-    unsigned int wait(IVE_HANDLE which) { return unsigned(HI_MPI_IVE_Query(which, &finished, HI_TRUE)); }
-
-    chip_picture source{96, 66}, target{96, 66}, nv21{96, 66, 2}, rgb{96, 66, 3};
-    IVE_IMAGE_S first, second, result, yuv, planar;
-    IVE_DATA_S from, to;
-    IVE_MEM_INFO_S blob = IVE_MEM_INFO_S();
-    IVE_MEM_INFO_S held = IVE_MEM_INFO_S();  // what there is to release, whatever a test makes of blob
-    IVE_SUB_CTRL_S sub = IVE_SUB_CTRL_S();
-    IVE_DMA_CTRL_S dma = IVE_DMA_CTRL_S();
-    IVE_DILATE_CTRL_S square = IVE_DILATE_CTRL_S();
-    IVE_THRESH_CTRL_S thresh = IVE_THRESH_CTRL_S();
-    IVE_CSC_CTRL_S csc = IVE_CSC_CTRL_S();
-    IVE_CCL_CTRL_S ccl = IVE_CCL_CTRL_S();
-    HI_BOOL instant = HI_TRUE;
-    HI_BOOL finished = HI_FALSE;
-    IVE_HANDLE handle = 0;
-};
+using fakes::standin_jobs;
 
 TEST_F(standin_jobs, an_instant_job_runs_when_it_is_waited_for) {
     EXPECT_EQ(do_dma(), 0u);
@@ -349,159 +275,5 @@ TEST_F(standin_jobs, null_arguments_have_their_own_code) {
     EXPECT_EQ(HI_MPI_IVE_CCL(&handle, &first, nullptr, &ccl, instant), HI_ERR_IVE_NULL_PTR);
     EXPECT_EQ(standin::calls(call::sub), 2);
 }
-
-// --- refusals
-// ---------------------------------------------------------------------------------------------------------
-
-struct refusal_row : support::named_row {
-    unsigned int code;
-    unsigned int (*submit)(class refusals&);
-};
-
-class refusals : public standin_jobs, public testing::WithParamInterface<refusal_row> {
-public:
-    // Rows reach everything through the test.
-    using standin_jobs::blob, standin_jobs::ccl, standin_jobs::csc, standin_jobs::dma, standin_jobs::first,
-        standin_jobs::from, standin_jobs::instant, standin_jobs::planar, standin_jobs::result, standin_jobs::second,
-        standin_jobs::square, standin_jobs::sub, standin_jobs::thresh, standin_jobs::to, standin_jobs::yuv,
-        standin_jobs::do_ccl, standin_jobs::do_csc, standin_jobs::do_dilate, standin_jobs::do_dma, standin_jobs::do_sub,
-        standin_jobs::do_thresh;
-};
-
-TEST_P(refusals, come_at_submission_and_queue_nothing) {
-    EXPECT_EQ(GetParam().submit(*this), GetParam().code);
-    EXPECT_EQ(standin::pending_jobs(), GetParam().code == 0 ? 1 : 0);
-}
-
-void resize(refusals& t, int width, int height) {
-    for (IVE_IMAGE_S* img : {&t.first, &t.second, &t.result, &t.yuv, &t.planar}) {
-        img->u16Width = static_cast<HI_U16>(width);
-        img->u16Height = static_cast<HI_U16>(height);
-    }
-}
-
-const unsigned int k_illegal = 0xA01D8003u;
-const unsigned int k_unsupported = 0xA01D8008u;
-typedef refusals r;
-
-const refusal_row k_refusals[] = {
-    {{"a legal difference is taken"}, 0, [](r& t) { return t.do_sub(); }},
-    {{"a difference of 62 x 64 is too small"}, k_illegal, [](r& t) { return resize(t, 62, 64), t.do_sub(); }},
-    {{"a difference of 64 x 62 is too small"}, k_illegal, [](r& t) { return resize(t, 64, 62), t.do_sub(); }},
-    {{"a difference of 64 x 64 is taken"}, 0, [](r& t) { return resize(t, 64, 64), t.do_sub(); }},
-    {{"a difference of odd width is refused"}, k_illegal, [](r& t) { return resize(t, 65, 64), t.do_sub(); }},
-    {{"a difference of odd height is refused"}, k_illegal, [](r& t) { return resize(t, 64, 65), t.do_sub(); }},
-    {{"a difference of unequal sizes is refused"}, k_illegal, [](r& t) { return t.second.u16Width = 64, t.do_sub(); }},
-    {{"a difference to another size is refused"}, k_illegal, [](r& t) { return t.result.u16Height = 64, t.do_sub(); }},
-    {{"a difference of another type is refused"},
-     k_illegal,
-     [](r& t) { return t.first.enType = IVE_IMAGE_TYPE_YUV420SP, t.do_sub(); }},
-    {{"a difference with a stride of 104 is refused"},
-     k_illegal,
-     [](r& t) { return t.first.u16Stride[0] = 104, t.do_sub(); }},
-    {{"a stride below the width is refused"}, k_illegal, [](r& t) { return t.first.u16Stride[0] = 80, t.do_sub(); }},
-    {{"an unknown address is refused"}, k_illegal, [](r& t) { return t.first.u32PhyAddr[0] = 0x4000, t.do_sub(); }},
-    {{"address 0 is refused"}, k_illegal, [](r& t) { return t.first.u32PhyAddr[0] = 0, t.do_sub(); }},
-    {{"an image that runs out of its buffer is refused"},
-     k_illegal,
-     [](r& t) { return t.first.u32PhyAddr[0] += 16 * 96, t.do_sub(); }},
-    {{"a difference from an unaligned address is taken"},
-     0,
-     [](r& t) { return t.first.u32PhyAddr[0] += 1, t.do_sub(); }},
-    {{"the halved difference is not used here"},
-     k_unsupported,
-     [](r& t) { return t.sub.enMode = IVE_SUB_MODE_SHIFT, t.do_sub(); }},
-    {{"difference mode 2 is refused"},
-     k_illegal,
-     [](r& t) { return t.sub.enMode = static_cast<IVE_SUB_MODE_E>(2), t.do_sub(); }},
-    {{"a flag of 2 is refused"}, k_illegal, [](r& t) { return t.instant = static_cast<HI_BOOL>(2), t.do_sub(); }},
-
-    {{"a legal copy is taken"}, 0, [](r& t) { return t.do_dma(); }},
-    {{"a copy of 32 x 1 is taken"},
-     0,
-     [](r& t) { return t.from.u16Width = t.to.u16Width = 32, t.from.u16Height = t.to.u16Height = 1, t.do_dma(); }},
-    {{"a copy of 31 columns is refused"},
-     k_illegal,
-     [](r& t) { return t.from.u16Width = t.to.u16Width = 31, t.do_dma(); }},
-    {{"a copy of no rows is refused"},
-     k_illegal,
-     [](r& t) { return t.from.u16Height = t.to.u16Height = 0, t.do_dma(); }},
-    {{"a copy of odd size from an odd address is taken"},
-     0,
-     [](r& t) { return t.from.u16Width = t.to.u16Width = 33, t.from.u32PhyAddr += 3, t.do_dma(); }},
-    {{"a copy with a stride of 100 is refused"}, k_illegal, [](r& t) { return t.to.u16Stride = 100, t.do_dma(); }},
-    {{"a copy of unequal widths is refused"}, k_illegal, [](r& t) { return t.to.u16Width = 64, t.do_dma(); }},
-    {{"a copy of unequal heights is refused"}, k_illegal, [](r& t) { return t.to.u16Height = 64, t.do_dma(); }},
-    {{"the interval copy is not used here"},
-     k_unsupported,
-     [](r& t) { return t.dma.enMode = IVE_DMA_MODE_INTERVAL_COPY, t.do_dma(); }},
-    {{"copy mode 4 is refused"},
-     k_illegal,
-     [](r& t) { return t.dma.enMode = static_cast<IVE_DMA_MODE_E>(4), t.do_dma(); }},
-
-    {{"a legal dilation is taken"}, 0, [](r& t) { return t.do_dilate(); }},
-    {{"a dilation from an address that is 8 off is refused"},
-     k_illegal,
-     [](r& t) { return t.first.u32PhyAddr[0] += 8, t.do_dilate(); }},
-    {{"a dilation to an address that is 8 off is refused"},
-     k_illegal,
-     [](r& t) { return t.result.u32PhyAddr[0] += 8, t.do_dilate(); }},
-    {{"a dilation of 62 x 64 is too small"}, k_illegal, [](r& t) { return resize(t, 62, 64), t.do_dilate(); }},
-    {{"a mask entry of 1 is refused"}, k_illegal, [](r& t) { return t.square.au8Mask[12] = 1, t.do_dilate(); }},
-
-    {{"a legal threshold is taken"}, 0, [](r& t) { return t.do_thresh(); }},
-    {{"a threshold from an unaligned address is taken"},
-     0,
-     [](r& t) { return t.first.u32PhyAddr[0] += 5, t.do_thresh(); }},
-    {{"a threshold of 62 x 64 is too small"}, k_illegal, [](r& t) { return resize(t, 62, 64), t.do_thresh(); }},
-    {{"the cutting threshold is not used here"},
-     k_unsupported,
-     [](r& t) { return t.thresh.enMode = IVE_THRESH_MODE_TRUNC, t.do_thresh(); }},
-    {{"threshold mode 8 is refused"},
-     k_illegal,
-     [](r& t) { return t.thresh.enMode = static_cast<IVE_THRESH_MODE_E>(8), t.do_thresh(); }},
-
-    {{"a legal conversion is taken"}, 0, [](r& t) { return t.do_csc(); }},
-    {{"a conversion of 64 x 62 is too small"}, k_illegal, [](r& t) { return resize(t, 64, 62), t.do_csc(); }},
-    {{"a conversion with its chroma 8 off is refused"},
-     k_illegal,
-     [](r& t) { return t.yuv.u32PhyAddr[1] += 8, t.do_csc(); }},
-    {{"a conversion without chroma is refused"}, k_illegal, [](r& t) { return t.yuv.u32PhyAddr[1] = 0, t.do_csc(); }},
-    {{"a conversion without a third plane is refused"},
-     k_illegal,
-     [](r& t) { return t.planar.u32PhyAddr[2] = 0, t.do_csc(); }},
-    {{"a conversion to unequal strides is refused"},
-     k_illegal,
-     [](r& t) { return t.planar.u16Stride[2] = 112, t.do_csc(); }},
-    {{"a conversion from grey is refused"},
-     k_illegal,
-     [](r& t) { return t.yuv.enType = IVE_IMAGE_TYPE_U8C1, t.do_csc(); }},
-    {{"a conversion to packed colours is refused"},
-     k_illegal,
-     [](r& t) { return t.planar.enType = IVE_IMAGE_TYPE_U8C3_PACKAGE, t.do_csc(); }},
-    {{"conversions to YUV are not used here"},
-     k_unsupported,
-     [](r& t) { return t.csc.enMode = static_cast<IVE_CSC_MODE_E>(8), t.do_csc(); }},
-    {{"conversion mode 12 is refused"},
-     k_illegal,
-     [](r& t) { return t.csc.enMode = static_cast<IVE_CSC_MODE_E>(12), t.do_csc(); }},
-
-    {{"a legal labelling is taken"}, 0, [](r& t) { return t.do_ccl(); }},
-    {{"labelling of 64 x 62 is too small"}, k_illegal, [](r& t) { return resize(t, 64, 62), t.do_ccl(); }},
-    {{"labelling from an address that is 8 off is refused"},
-     k_illegal,
-     [](r& t) { return t.first.u32PhyAddr[0] += 8, t.do_ccl(); }},
-    {{"labelling with 4 neighbours is not on this chip"},
-     k_unsupported,
-     [](r& t) { return t.ccl.enMode = IVE_CCL_MODE_4C, t.do_ccl(); }},
-    {{"labelling mode 2 is refused"},
-     k_illegal,
-     [](r& t) { return t.ccl.enMode = static_cast<IVE_CCL_MODE_E>(2), t.do_ccl(); }},
-    {{"a step of 0 is refused"}, k_illegal, [](r& t) { return t.ccl.u16Step = 0, t.do_ccl(); }},
-    {{"a result buffer of 3051 bytes is refused"}, k_illegal, [](r& t) { return t.blob.u32Size = 3051, t.do_ccl(); }},
-    {{"a result buffer that is 8 off is refused"}, k_illegal, [](r& t) { return t.blob.u32PhyAddr += 8, t.do_ccl(); }},
-    {{"an unknown result buffer is refused"}, k_illegal, [](r& t) { return t.blob.u32PhyAddr = 0x4000, t.do_ccl(); }},
-};
-INSTANTIATE_TEST_SUITE_P(ive, refusals, testing::ValuesIn(k_refusals), support::row_name());
 
 }  // namespace

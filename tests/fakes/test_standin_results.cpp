@@ -122,8 +122,7 @@ TEST_F(standin_results, colours_without_a_formula_are_filled_with_letters) {
     EXPECT_EQ(planes.plane(2).at(95, 65), 'b');
 }
 
-// --- trace
-// ------------------------------------------------------------------------------------------------------------
+// --- trace ------------------------------------------------------------------------------------------------------
 
 std::string text_of(const std::filesystem::path& path) {
     std::ifstream file(path);

@@ -283,7 +283,7 @@ TEST_F(vendor_faults, a_failing_release_is_ignored) {
     }
 }
 
-// The copy of a size change is ignored when it fails, refused or not waited out.
+// The copy of a size change is ignored when it fails, refused or, in the next test, not waited out.
 TEST_F(vendor_faults, the_copy_of_a_size_change_may_fail) {
     int handle = -1;
     ASSERT_EQ(start(&handle).status, 0);
@@ -293,6 +293,19 @@ TEST_F(vendor_faults, the_copy_of_a_size_change_may_fail) {
     const support::outcome got = frame(handle, view.next(), &result);
     EXPECT_EQ(got.status, 0);
     EXPECT_EQ(got.text, refused("dma", "HI_MPI_IVE_DMA", 211, 171));
+    EXPECT_EQ(ORVA_FireDetection_Stop(handle), 0);
+}
+
+TEST_F(vendor_faults, the_copy_of_a_size_change_may_not_be_waited_out) {
+    int handle = -1;
+    ASSERT_EQ(start(&handle).status, 0);
+    chip_camera view(96, 80, 0, 0, 4);
+    fd_result result = fd_result();
+    standin::answer(call::query, 1, HI_ERR_IVE_NOTREADY);
+    const support::outcome got = frame(handle, view.next(), &result);
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(got.text, unfinished("dma", 224, 171));
+    EXPECT_EQ(standin::pending_jobs(), 0) << "the wait for the difference covers it";
     EXPECT_EQ(ORVA_FireDetection_Stop(handle), 0);
 }
 
