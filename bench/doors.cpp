@@ -1,7 +1,5 @@
-#include <map>
-
 #include "backend/hisi_ive_func.h"
-#include "bench/contenders.h"
+#include "bench/staged_contender.h"
 #include "channel/foreground_analysis.h"
 #include "preprocess/CYuv420_Rgb.h"
 #include "preprocess/pre_process.h"
@@ -84,31 +82,13 @@ private:
     std::vector<orva_fd::con_info> m_components;
 };
 
-class door_contender : public contender {
+class door_contender : public staged_contender<door_channel> {
 public:
-    door_contender() : contender("library, stage by stage") {
+    door_contender() : staged_contender("library, stage by stage", &watcher) {
         orva_fd::fd_table::init();
         orva_fd::pre_process::init();
         orva_fd::CYuv420_Rgb::init();
     }
-
-    int open() override {
-        m_channels[m_next].reset(new door_channel);
-        return m_next++;
-    }
-    void close(int handle) override { m_channels.erase(handle); }
-    int play(int handle, const fd_yuv_frame& frame, fd_result* result) override {
-        m_channels[handle]->set_frame(frame, result);
-        return FD_OK;
-    }
-    bool watch_stages(stage_hook hook) override {
-        watcher = hook;
-        return true;
-    }
-
-private:
-    std::map<int, std::unique_ptr<door_channel>> m_channels;
-    int m_next = 0;
 };
 
 }  // namespace

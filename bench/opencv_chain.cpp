@@ -3,10 +3,10 @@
 #ifdef ORVA_BENCH_OPENCV
 
 #include <cstring>
-#include <map>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "bench/staged_contender.h"
 #define ORVA_PLAIN_NAMESPACE plain_o3
 #include "bench/plain/plain.h"
 
@@ -225,27 +225,9 @@ private:
     std::vector<std::vector<plain_o3::component>> m_history;
 };
 
-class opencv_contender : public contender {
+class opencv_contender : public staged_contender<opencv_channel> {
 public:
-    opencv_contender() : contender("OpenCV " + std::string(CV_VERSION)) { cv::setNumThreads(1); }
-
-    int open() override {
-        m_channels[m_next].reset(new opencv_channel);
-        return m_next++;
-    }
-    void close(int handle) override { m_channels.erase(handle); }
-    int play(int handle, const fd_yuv_frame& frame, fd_result* result) override {
-        m_channels[handle]->set_frame(frame, result);
-        return FD_OK;
-    }
-    bool watch_stages(stage_hook hook) override {
-        watcher = hook;
-        return true;
-    }
-
-private:
-    std::map<int, std::unique_ptr<opencv_channel>> m_channels;
-    int m_next = 0;
+    opencv_contender() : staged_contender("OpenCV " + std::string(CV_VERSION), &watcher) { cv::setNumThreads(1); }
 };
 
 }  // namespace

@@ -58,25 +58,6 @@ void draw_patches(picture& p, random_source& random) {
 
 }  // namespace
 
-random_source::random_source(std::uint64_t seed) : m_state(seed * 0x9E3779B97F4A7C15u + 0x2545F4914F6CDD1Du) {
-    for (int i = 0; i < 8; ++i) bits();
-}
-
-std::uint32_t random_source::bits() {
-    m_state ^= m_state << 13;
-    m_state ^= m_state >> 7;
-    m_state ^= m_state << 17;
-    return static_cast<std::uint32_t>(m_state >> 32);
-}
-
-int random_source::below(int limit) {
-    return static_cast<int>(bits() % static_cast<std::uint32_t>(std::max(1, limit)));
-}
-
-int random_source::between(int low, int high) {
-    return low + below(high - low + 1);
-}
-
 picture::picture(int width, int height)
     : m_width(width),
       m_height(height),

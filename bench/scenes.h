@@ -8,20 +8,11 @@
 #include <vector>
 
 #include "ORVA_FireDetection.h"
+#include "tests/support/xorshift_source.h"
 
 namespace bench {
 
-// Xorshift with 64 bits of state (G. Marsaglia, "Xorshift RNGs", 2003).
-class random_source {
-public:
-    explicit random_source(std::uint64_t seed);
-    std::uint32_t bits();
-    int below(int limit);            // 0 to limit - 1
-    int between(int low, int high);  // inclusive
-
-private:
-    std::uint64_t m_state;
-};
+using random_source = support::xorshift_source;
 
 // A frame as the public header asks for it: one block of memory, both planes and a row to spare.
 class picture {
