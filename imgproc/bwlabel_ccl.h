@@ -14,7 +14,7 @@ namespace orva_fd {
 // object has no state. Every function returns 0. Allocation failures throw.
 class bwlabel_ccl {
 public:
-    // Labels plane 0 of img (any non-zero byte is foreground; width and height below 65536) and fills out, one record
+    // Labels plane 0 of img (any non-zero byte is foreground; width and height 1 to 65535) and fills out, one record
     // per component in raster order of their first pixels. An image without foreground leaves out untouched. Otherwise
     // out is resized; entries that it already held keep their values and are added to (deliberate: callers pass it
     // empty). A new record starts with left 352 and top 288, so a component beyond them keeps these numbers

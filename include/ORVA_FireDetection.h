@@ -44,7 +44,8 @@
  *
  * Nothing outside that block is read. The frame must stay as it is until ORVA_FireDetection_SetFrame returns; after
  * that the host may reuse it. If stride[0] is a multiple of 16 the region is first widened so that x is a multiple of
- * 16 and y, width and height are even; otherwise it is used as it stands.
+ * 16 and y, width and height are even, a width or height that is odd and as long as the frame being shortened by one
+ * instead; otherwise the region is used as it stands.
  *
  * ## MEMORY
  *

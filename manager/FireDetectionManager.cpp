@@ -28,14 +28,14 @@ enum log_line {
 
 }  // namespace
 
-CFireDetectionMngr::CFireDetectionMngr() {}
+CFireDetectionMngr::CFireDetectionMngr() : m_handles(), m_detector_mutex(), m_detector() {}
 
 int CFireDetectionMngr::Init() {
     if (!m_handles.Init(FD_MAX_CHANNELS)) {
         log_entered(k_file, "Init", k_line_init_failed);
         return FD_PLATFORM_FAILED;
     }
-    for (slot& one : m_slots) one.detector = nullptr;
+    for (frame_process*& one : m_detector) one = nullptr;
     return FD_OK;
 }
 
@@ -68,38 +68,36 @@ int CFireDetectionMngr::Start(int& handle, fd_rect rect) {
         return FD_NO_FREE_HANDLE;
     }
     // Deliberate: stopping a channel that was left in the slot frees the handle's flag, and nothing sets it again.
-    slot& taken = m_slots[h];
-    if (is_left_over(taken)) Stop(h);
-    if (!taken.mutex.Create()) {
+    if (is_left_over(h)) Stop(h);
+    if (!m_detector_mutex[h].Create()) {
         log_entered(k_file, "Start", k_line_lock_exists);
         p->stop();
         delDetector(owner.release());
         m_handles.Close();
         return FD_ALREADY_INITIALISED;
     }
-    CAutoMutex lock(&taken.mutex);
-    taken.detector = owner.release();
+    CAutoMutex lock(&m_detector_mutex[h]);
+    installed(h) = owner.release();
     handle = h;
     return FD_OK;
 }
 
 int CFireDetectionMngr::Stop(int& handle) {
     const int h = handle;
-    slot& stopped = m_slots[h];
-    stopped.mutex.Wait();
-    frame_process* p = stopped.detector;
-    stopped.detector = nullptr;
-    stopped.mutex.Release();
+    m_detector_mutex[h].Wait();
+    frame_process* p = installed(h);
+    installed(h) = nullptr;
+    m_detector_mutex[h].Release();
     if (p != nullptr) {
         p->stop();
         delDetector(p);
     }
     // The lock goes before the handle is free: a start on another thread may be given the handle at once, and takes a
     // lock that it finds for an inner fault. Only a lock that is not there is missed afterwards, as its line says.
-    const bool had_lock = stopped.mutex.Exists();
-    if (had_lock) stopped.mutex.Close();
+    const bool had_lock = m_detector_mutex[h].Exists();
+    if (had_lock) m_detector_mutex[h].Close();
     m_handles.DestroyHandle(h);
-    if (!had_lock && !stopped.mutex.Close()) log_entered(k_file, "Stop", k_line_no_lock_to_close);
+    if (!had_lock && !m_detector_mutex[h].Close()) log_entered(k_file, "Stop", k_line_no_lock_to_close);
     return FD_OK;
 }
 
@@ -108,9 +106,8 @@ int CFireDetectionMngr::FireDetectionMain(int& handle, fd_yuv_frame frame, fd_re
         log_entered(k_file, "FireDetectionMain", k_line_frame_not_busy);
         return FD_NOT_IN_USE;
     }
-    slot& called = m_slots[handle];
-    CAutoMutex lock(&called.mutex);
-    frame_process* p = called.detector;
+    CAutoMutex lock(&m_detector_mutex[handle]);
+    frame_process* p = installed(handle);
     if (p == nullptr) {
         log_entered(k_file, "FireDetectionMain", k_line_frame_no_channel);
         return FD_NOT_IN_USE;
@@ -125,9 +122,8 @@ int CFireDetectionMngr::SetSensitiveGrade(int& handle, int grade) {
         log_entered(k_file, "SetSensitiveGrade", k_line_grade_not_busy);
         return FD_NOT_IN_USE;
     }
-    slot& called = m_slots[handle];
-    CAutoMutex lock(&called.mutex);
-    frame_process* p = called.detector;
+    CAutoMutex lock(&m_detector_mutex[handle]);
+    frame_process* p = installed(handle);
     if (p == nullptr) {
         log_entered(k_file, "SetSensitiveGrade", k_line_grade_no_channel);
         return FD_NOT_IN_USE;

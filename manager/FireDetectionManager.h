@@ -16,7 +16,7 @@ public:
     CFireDetectionMngr();
 
     // Opens the handle table. Returns 0; 4 if it is open already.
-    int Init() ORVA_LOCKS_UNCHECKED;  // runs alone
+    int Init();
 
     // Stops every channel and closes the table. Returns 0.
     int Destroy();
@@ -41,19 +41,15 @@ public:
 private:
     friend struct test_access;
 
-    // What belongs to one handle.
-    struct slot {
-        slot() : mutex(), detector(nullptr) {}
+    // The channel installed under a handle, null if there is none.
+    frame_process*& installed(int h) ORVA_REQUIRES(m_detector_mutex[h]) { return m_detector[h]; }
 
-        CMutex mutex;                                    // exists while a channel is installed
-        frame_process* detector ORVA_GUARDED_BY(mutex);  // owned; null when none is installed
-    };
-
-    // Whether a channel was left behind in the slot of a handle that was just given out: nobody else may know it yet.
-    static bool is_left_over(const slot& taken) ORVA_LOCKS_UNCHECKED { return taken.detector != nullptr; }
+    // Whether a channel was left behind under a handle that was just given out: nobody else may know it yet.
+    bool is_left_over(int h) const ORVA_LOCKS_UNCHECKED { return m_detector[h] != nullptr; }
 
     CHandleDispather m_handles;
-    slot m_slots[FD_MAX_CHANNELS];
+    CMutex m_detector_mutex[FD_MAX_CHANNELS];    // one exists while a channel is installed under its handle
+    frame_process* m_detector[FD_MAX_CHANNELS];  // owned, each guarded by the lock of the same handle: see installed()
 };
 
 }  // namespace orva_fd

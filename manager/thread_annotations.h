@@ -11,6 +11,7 @@
 #define ORVA_CAPABILITY ORVA_LOCK_ATTRIBUTE(capability("mutex"))
 #define ORVA_SCOPED_CAPABILITY ORVA_LOCK_ATTRIBUTE(scoped_lockable)
 #define ORVA_GUARDED_BY(lock) ORVA_LOCK_ATTRIBUTE(guarded_by(lock))
+#define ORVA_REQUIRES(...) ORVA_LOCK_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define ORVA_ACQUIRE(...) ORVA_LOCK_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define ORVA_RELEASE(...) ORVA_LOCK_ATTRIBUTE(release_capability(__VA_ARGS__))
 

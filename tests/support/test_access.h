@@ -49,10 +49,8 @@ struct test_access {
     static int handle_num(const CHandleDispather& handles) { return handles.m_handle_num; }
 
     static CHandleDispather& handles(CFireDetectionMngr& manager) { return manager.m_handles; }
-    static frame_process*& detector(CFireDetectionMngr& manager, int handle) {
-        return manager.m_slots[handle].detector;
-    }
-    static CMutex& detector_mutex(CFireDetectionMngr& manager, int handle) { return manager.m_slots[handle].mutex; }
+    static frame_process*& detector(CFireDetectionMngr& manager, int handle) { return manager.m_detector[handle]; }
+    static CMutex& detector_mutex(CFireDetectionMngr& manager, int handle) { return manager.m_detector_mutex[handle]; }
 };
 
 }  // namespace orva_fd
