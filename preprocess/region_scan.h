@@ -40,10 +40,8 @@ private:
         bool any() const { return first < last; }
     };
 
-#if ORVA_HAS_VECTORS
-    int search_threshold(uint32_t sum, const capped_sums& excess) const;
-#endif
     int find_threshold();
+    int search_threshold(uint32_t sum, const capped_sums& excess) const;  // of builds with vectors
     void convert_pair(int y);
     void detect_motion(int y);
     void dilate_motion(int y);
@@ -52,15 +50,9 @@ private:
     void filter_pair(int y);
     void finish_row(int y);
     void dilate_into(working_row* rows, int y, unsigned char* dst, int* first, int* last) const;
-    const unsigned char* bytes_of(const working_row& row) const {
-        return row.any() ? row.bytes : m_empty;
-    }
-    working_row& motion(int y) {
-        return m_motion[y % k_ring];
-    }
-    working_row& filtered(int y) {
-        return m_filtered[y % k_ring];
-    }
+    const unsigned char* bytes_of(const working_row& row) const { return row.any() ? row.bytes : m_empty; }
+    working_row& motion(int y) { return m_motion[y % k_ring]; }
+    working_row& filtered(int y) { return m_filtered[y % k_ring]; }
 
     const fd_yuv_frame* m_frame;
     fd_yuv_frame* m_mask;
