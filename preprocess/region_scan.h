@@ -12,6 +12,8 @@
 
 namespace orva_fd {
 
+struct capped_sums;  // of builds with vectors
+
 // One thread at a time.
 class region_scan {
 public:
@@ -41,7 +43,7 @@ private:
     };
 
     int find_threshold();
-    int search_threshold(uint32_t sum, const capped_sums& excess) const;  // of builds with vectors
+    int search_threshold(uint32_t sum, const capped_sums& excess) const;  // there too
     void convert_pair(int y);
     void detect_motion(int y);
     void dilate_motion(int y);
