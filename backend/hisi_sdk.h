@@ -23,7 +23,8 @@ constexpr std::size_t by_pointer(std::size_t narrow, std::size_t wide) {
 }
 
 static_assert(sizeof(HI_BOOL) == 4 && sizeof(IVE_HANDLE) == 4 && sizeof(HI_U64) == 8, "basic types");
-static_assert(HI_FALSE == 0 && HI_TRUE == 1 && HI_SUCCESS == 0 && HI_FAILURE == -1, "values of flags and of success");
+static_assert(HI_FALSE == 0 && HI_TRUE == 1, "values of flags");
+static_assert(HI_SUCCESS == 0 && HI_FAILURE == -1, "values of success and failure");
 static_assert(sizeof(IVE_IMAGE_TYPE_E) == 4 && sizeof(IVE_SUB_MODE_E) == 4 && sizeof(IVE_DMA_MODE_E) == 4 &&
                   sizeof(IVE_THRESH_MODE_E) == 4 && sizeof(IVE_CSC_MODE_E) == 4 && sizeof(IVE_CCL_MODE_E) == 4,
               "enumerations are ints: -fshort-enums breaks every record");
@@ -54,9 +55,10 @@ static_assert(offsetof(IVE_MEM_INFO_S, u32PhyAddr) == 0 && offsetof(IVE_MEM_INFO
                   offsetof(IVE_MEM_INFO_S, u32Size) == by_pointer(8, 16),
               "fields of a memory record");
 
-static_assert(sizeof(IVE_SUB_CTRL_S) == 4 && alignof(IVE_SUB_CTRL_S) == 4 && sizeof(IVE_CSC_CTRL_S) == 4 &&
-                  alignof(IVE_CSC_CTRL_S) == 4,
-              "difference and colour controls");
+static_assert(sizeof(IVE_SUB_CTRL_S) == 4, "size of the difference control");
+static_assert(sizeof(IVE_CSC_CTRL_S) == 4, "size of the colour control");
+static_assert(alignof(IVE_SUB_CTRL_S) == 4, "alignment of the difference control");
+static_assert(alignof(IVE_CSC_CTRL_S) == 4, "alignment of the colour control");
 static_assert(sizeof(IVE_DMA_CTRL_S) == 24 && alignof(IVE_DMA_CTRL_S) == 8, "size of the copy control");
 static_assert(offsetof(IVE_DMA_CTRL_S, enMode) == 0 && offsetof(IVE_DMA_CTRL_S, u64Val) == 8 &&
                   offsetof(IVE_DMA_CTRL_S, u8HorSegSize) == 16 && offsetof(IVE_DMA_CTRL_S, u8ElemSize) == 17 &&

@@ -14,10 +14,10 @@ const uint32_t k_low_bit = 0x01010101u;     // of each byte
 const uint32_t k_top_bit = 0x80808080u;     // of each byte
 const uint32_t k_even_bytes = 0x00ff00ffu;  // with room above them, for sums
 
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-const bool k_has_words = true;
-#else
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
 const bool k_has_words = false;
+#else
+const bool k_has_words = true;
 #endif
 
 // A word in memory, which may be looked at as bytes too. Sanitizers see accesses by this type that lie beside a word.

@@ -1,5 +1,6 @@
 #include "manager/FireDetectionManager.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "imgproc/log.h"
@@ -35,7 +36,7 @@ int CFireDetectionMngr::Init() {
         log_entered(k_file, "Init", k_line_init_failed);
         return FD_PLATFORM_FAILED;
     }
-    for (frame_process*& one : m_detector) one = nullptr;
+    std::fill(m_detector, m_detector + FD_MAX_CHANNELS, nullptr);
     return FD_OK;
 }
 
