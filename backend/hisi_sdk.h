@@ -24,7 +24,7 @@ constexpr std::size_t by_pointer(std::size_t narrow, std::size_t wide) {
 
 static_assert(sizeof(HI_BOOL) == 4 && sizeof(IVE_HANDLE) == 4 && sizeof(HI_U64) == 8, "basic types");
 static_assert(HI_FALSE == 0 && HI_TRUE == 1, "values of flags");
-static_assert(HI_SUCCESS == 0 && HI_FAILURE == -1, "values of success and failure");
+static_assert(HI_SUCCESS == 0 && HI_FAILURE + 1 == 0, "values of success and failure");
 static_assert(sizeof(IVE_IMAGE_TYPE_E) == 4 && sizeof(IVE_SUB_MODE_E) == 4 && sizeof(IVE_DMA_MODE_E) == 4 &&
                   sizeof(IVE_THRESH_MODE_E) == 4 && sizeof(IVE_CSC_MODE_E) == 4 && sizeof(IVE_CCL_MODE_E) == 4,
               "enumerations are ints: -fshort-enums breaks every record");
