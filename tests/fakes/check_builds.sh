@@ -95,8 +95,8 @@ must_not_compile "an image with 64-bit addresses" 's/HI_U32 u32PhyAddr\[3\]/HI_U
 must_not_compile "an image with 32-bit strides" 's/HI_U16 u16Stride\[3\]/HI_U32 u16Stride[3]/' 'strides and size of an image'
 must_not_compile "packed regions" 's/} IVE_REGION_S;/} __attribute__((packed)) IVE_REGION_S;/' 'a region of the labelling'
 must_not_compile "a packed labelling control" 's/} IVE_CCL_CTRL_S;/} __attribute__((packed)) IVE_CCL_CTRL_S;/' 'older chip'
-must_not_compile "another number for truth" 's/HI_TRUE = 1/HI_TRUE = 2/' 'values of flags and of success'
-must_not_compile "another number for success" 's/HI_SUCCESS 0/HI_SUCCESS 1/' 'values of flags and of success'
+must_not_compile "another number for truth" 's/HI_TRUE = 1/HI_TRUE = 2/' 'values of flags'
+must_not_compile "another number for success" 's/HI_SUCCESS 0/HI_SUCCESS 1/' 'values of success and failure'
 must_not_compile "another number for labelling with 8 neighbours" 's/IVE_CCL_MODE_8C = 1/IVE_CCL_MODE_8C = 2/' 'modes'
 
 echo "== static archives"
