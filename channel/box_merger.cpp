@@ -183,16 +183,14 @@ void box_merger::note_growth(int growth) {
 void box_merger::return_to_first_block() {
     while (m_first < m_open_in.size() && m_open_in[m_first] == 0) ++m_first;
     m_from = m_first;
-    m_measured = k_none;
 }
 
 // The first open box that is close to the probe and not inside it; close ones inside are absorbed on the way, which
-// changes nothing but the area. Blocks that were passed stay passed until the probe has grown enough, and boxes of the
-// block in work until it grows at all.
+// changes nothing but the area. Blocks that were passed stay passed until the probe has grown enough.
 std::size_t box_merger::next_open_growing(std::size_t probe) {
     for (; m_from < m_wake.size(); ++m_from) {
         if (m_wake[m_from] > m_growth) continue;
-        if (m_measured != m_from) measure_block(probe);
+        measure_block(probe);
         const std::size_t growing = absorb_until_growing(probe);
         if (growing != k_none) return growing;
         m_wake[m_from] = m_growth + growth_to_reach(m_least, m_settled_columns.size[probe]);
@@ -215,7 +213,6 @@ void box_merger::measure_block(std::size_t probe) {
     const int count = static_cast<int>(k_block);
     m_least = closeness_row(m_open_columns.from(m_from * k_block), probe_of(m_settled[probe]), m_close.data(), count);
     m_close_bits = bits_of_flags(m_close.data(), count);
-    m_measured = m_from;
 }
 
 void box_merger::take_open(std::size_t i) {

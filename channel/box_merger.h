@@ -64,12 +64,11 @@ private:
     // Around each block of open boxes, and how much the probe must grow before a box of the block can be close to it.
     columns m_frames;
     std::vector<int> m_wake;
-    int m_growth;            // of the probe, in pixels its edges moved outward, since start_search
-    std::size_t m_first;     // blocks before this have no open boxes
-    std::size_t m_from;      // blocks before this are not due
-    std::size_t m_measured;  // the block that the following describe, or none
-    uint64_t m_close_bits;   // boxes of it that are close and were not passed
-    int m_least;             // distance beyond the limit of the nearest that is not close
+    int m_growth;           // of the probe, in pixels its edges moved outward, since start_search
+    std::size_t m_first;    // blocks before this have no open boxes
+    std::size_t m_from;     // blocks before this are not due
+    uint64_t m_close_bits;  // boxes of the measured block that are close and were not passed
+    int m_least;            // distance beyond the limit of its nearest that is not close
 };
 
 }  // namespace orva_fd

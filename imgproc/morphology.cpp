@@ -25,14 +25,13 @@ const unsigned int k_templates[5][3] = {
 typedef void (*row_function)(const unsigned char* above, const unsigned char* row, const unsigned char* below,
                              unsigned char* dst, int width);
 
-// The copy, the bounds and the order that dilation and erosion share. Both take the square, whose three masks select
-// every bit that they look at.
+// The copy and the order that dilation and erosion share. Both take the square, whose three masks select every bit that
+// they look at. Images of two rows or three columns have no inner pixels; the row functions leave such rows alone.
 void apply_square(fd_yuv_frame* src, fd_yuv_frame* dst, row_function apply_row) {
     const int width = static_cast<int>(src->width);
     const int height = static_cast<int>(src->height);
     if (height <= 0) return;
     std::memcpy(dst->virt_addr[0], src->virt_addr[0], static_cast<std::size_t>(src->stride[0]) * src->height);
-    if (height <= 2 || width <= 3) return;
     for (int y = 1; y < height - 1; ++y) {
         apply_row(plane_row(src, 0, y - 1), plane_row(src, 0, y), plane_row(src, 0, y + 1), plane_row(dst, 0, y),
                   width);

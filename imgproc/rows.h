@@ -69,7 +69,7 @@ const int k_widest_bits = 64 * k_bit_words;
 void bits_row(const unsigned char* row, int width, uint64_t* bits);
 
 // 3 x 3 dilation of columns 1 to width - 3: dst = 255 where the lowest bit of any of the nine bytes is set, the byte of
-// row elsewhere. width at least 4. dst must not be an input.
+// row elsewhere; nothing is read or written of rows below four columns. dst must not be an input.
 void dilate_row(const unsigned char* above, const unsigned char* row, const unsigned char* below, unsigned char* dst,
                 int width);
 

@@ -35,7 +35,8 @@ int root_of(label* labels, int at) {
     return at;
 }
 
-// The smaller label stays, so a component's root is the label of its first run.
+// The smaller label stays, so a component's root is the label of its first run. It begins no lower than the other, and
+// both reach down to where they are joined: its rows hold the other's.
 template <typename label>
 int join(label* labels, int a, int b) {
     label& keep = labels[std::min(a, b)];
@@ -43,7 +44,6 @@ int join(label* labels, int a, int b) {
     gone.parent = keep.parent;
     keep.area += gone.area;
     include_span(&keep.left, &keep.right, gone.left, gone.right);
-    include_span(&keep.top, &keep.bottom, gone.top, gone.bottom);
     return keep.parent;
 }
 

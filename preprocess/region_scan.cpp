@@ -10,22 +10,21 @@ namespace {
 const int k_block = 32;  // columns of a register: whole ones leave the row functions no rest
 
 #if ORVA_HAS_VECTORS
-// The part of a row, in whole words, outside which no byte has a bit of `bits` set. Most rows hold little.
-void find_span(const unsigned char* bytes, int width, uint64_t bits, int* first, int* last) {
+// The part of a row, in whole words, outside which all bytes are 0. Most rows hold little.
+void find_span(const unsigned char* bytes, int width, int* first, int* last) {
     const int word = static_cast<int>(sizeof(uint64_t));
     *first = 0;
     *last = width;
     uint64_t value = 0;
     for (; *first + word <= width; *first += word) {
         std::memcpy(&value, bytes + *first, sizeof(value));
-        if ((value & bits) != 0) break;
+        if (value != 0) break;
     }
     for (; *last - word >= *first; *last -= word) {
         std::memcpy(&value, bytes + *last - word, sizeof(value));
-        if ((value & bits) != 0) break;
+        if (value != 0) break;
     }
 }
-const uint64_t k_any_bit = 0xffffffffffffffffu;
 
 bool any_set(const unsigned char* bytes, int count) {
     if (count != k_block) return std::memchr(bytes, 1, static_cast<std::size_t>(count)) != nullptr;
@@ -112,7 +111,7 @@ int region_scan::find_threshold() {
         excess_row(luma, before, exceeding, m_width, k_otsu_min);
         int first = 0;
         int last = 0;
-        find_span(exceeding, m_width, k_any_bit, &first, &last);
+        find_span(exceeding, m_width, &first, &last);
         std::memmove(exceeding, exceeding + first, static_cast<std::size_t>(last - first));
         filled += last - first;
     }
@@ -147,7 +146,7 @@ void region_scan::detect_motion(int y) {
     row.first = row.last = 0;
     if (m_largest[y] > m_threshold) {
         motion_row(luma, before, row.bytes, m_width, m_threshold);
-        find_span(row.bytes, m_width, k_any_bit, &row.first, &row.last);
+        find_span(row.bytes, m_width, &row.first, &row.last);
     }
     std::memcpy(before, luma, static_cast<std::size_t>(m_width));
 }
@@ -223,7 +222,6 @@ void region_scan::dilate_motion(int y) {
     if (m_even_width == m_width) return;
     row.bytes[m_width] = plane_row(m_diff, 0, y)[m_width];
     if (row.bytes[m_width] == 0) return;
-    row.first = std::min(row.first, m_width);
     row.last = m_even_width;
 }
 
