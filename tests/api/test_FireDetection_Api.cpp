@@ -217,6 +217,8 @@ INSTANTIATE_TEST_SUITE_P(
                     region_row{{"a sum above 1 that rounding hides"}, {2, 3, 0, 100, 10000, 29999, 100, 100}, 0, 0},
                     // 43690 + 21848
                     region_row{{"a sum above 1 that it does not"}, {2, 3, 0, 100, 10000, 29996, 100, 100}, 7, 59},
+                    // 21845 + 43692
+                    region_row{{"a sum one step above 1"}, {1, 3, 0, 100, 10923, 16384, 100, 100}, 7, 59},
                     region_row{{"the smallest width there is"}, {0, 1, 0, 1, 1, 65535, 1, 1}, 0, 0},
                     region_row{{"x of 32767"}, {32767, 65535, 0, 1, 1, 65535, 1, 1}, 0, 0},
                     region_row{{"x of 32768"}, {32768, 65535, 0, 1, 1, 65535, 1, 1}, 7, 59},
@@ -241,6 +243,7 @@ INSTANTIATE_TEST_SUITE_P(
                     region_row{{"y one below its reference"}, {0, 100, 99, 100, 100, 100, 1, 100}, 0, 0},
                     region_row{{"a sum above 1 that rounding hides"}, {0, 100, 2, 3, 100, 100, 10000, 29999}, 0, 0},
                     region_row{{"a sum above 1 that it does not"}, {0, 100, 2, 3, 100, 100, 10000, 29996}, 7, 64},
+                    region_row{{"a sum one step above 1"}, {0, 100, 1, 3, 100, 100, 10923, 16384}, 7, 64},
                     region_row{{"the smallest height there is"}, {0, 1, 0, 1, 1, 1, 1, 65535}, 0, 0},
                     region_row{{"y of 32767"}, {0, 1, 32767, 65535, 1, 1, 1, 65535}, 0, 0},
                     region_row{{"y of 32768"}, {0, 1, 32768, 65535, 1, 1, 1, 65535}, 7, 64},

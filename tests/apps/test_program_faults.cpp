@@ -148,8 +148,7 @@ TEST(orva_fire_faults, a_player_that_is_closed_ends_the_run_with_3) {
     (void)whole_lines(folder.file("out/events.jsonl"));
 }
 
-// --- a camera that goes and comes back
-// ---------------------------------------------------------------------------------
+// --- a camera that goes and comes back ------------------------------------------------------------------------------
 
 TEST(orva_fire_faults, a_camera_that_is_switched_off_and_on_is_looked_at_again) {
     const temporary_folder folder;

@@ -143,8 +143,7 @@ TEST_F(frame_process_test, a_grade_is_passed_on) {
     EXPECT_EQ(test_access::stable_thresh(test_access::analysis(channel)), 30);
 }
 
-// --- the region over several frames
-// -----------------------------------------------------------------------------------
+// --- the region over several frames ---------------------------------------------------------------------------------
 
 TEST_F(frame_process_test, a_region_is_rescaled_once_for_each_frame_size) {
     frame_process channel;

@@ -185,8 +185,7 @@ TEST(get_frame_roi_again, finds_its_own_values_aligned) {
     }
 }
 
-// --- frames that are taken and frames that are refused
-// ----------------------------------------------------------------
+// --- frames that are taken and frames that are refused --------------------------------------------------------------
 
 // Everything that a refused frame must leave as it was.
 struct channel_state {

@@ -86,6 +86,18 @@ TEST_F(hisi_mmz_mem_test, a_larger_request_releases_first_and_then_allocates) {
     EXPECT_EQ(standin::live_buffers(), 1);
 }
 
+TEST_F(hisi_mmz_mem_test, a_single_byte_is_a_buffer_that_is_released) {
+    {
+        hisi_mmz_mem memory;
+        ASSERT_EQ(memory.alloc_mmz(1, true), 0);
+        EXPECT_EQ(memory.alloc_mmz(300, true), 0);
+        EXPECT_EQ(standin::live_buffers(), 1);
+        hisi_mmz_mem small;
+        ASSERT_EQ(small.alloc_mmz(1, true), 0);
+    }
+    EXPECT_EQ(standin::live_buffers(), 0);
+}
+
 TEST_F(hisi_mmz_mem_test, nothing_of_nothing_is_asked_for) {
     hisi_mmz_mem memory;
     EXPECT_EQ(memory.alloc_mmz(0, true), 0) << "0 bytes are held already";

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ORVA_FireDetection.h"
+#include "preprocess/pre_process.h"
 #include "tests/fakes/channel_pair.h"
 #include "tests/fakes/chip_camera.h"
 #include "tests/fakes/chip_test.h"
@@ -139,6 +140,23 @@ TEST_F(vendor_faults, a_frame_makes_these_twenty_calls) {
     EXPECT_EQ(seen[12].flag, HI_TRUE);
     EXPECT_EQ(ORVA_FireDetection_Stop(handle), 0);
     EXPECT_EQ(standin::calls(call::free), 4);
+}
+
+// Not only at its end: in the order against that of obtaining.
+TEST_F(vendor_faults, a_stage_whose_start_fails_gives_its_images_back) {
+    for (const int failing : {2, 3, 4}) {
+        orva_fd::pre_process stage;
+        standin::reset();
+        standin::answer(call::alloc_cached, failing, HI_FAILURE);
+        EXPECT_EQ(support::outcome_of([&] { return stage.start(); }).status, 4);
+        EXPECT_EQ(standin::live_buffers(), 0) << "request " << failing;
+        std::vector<HI_U32> obtained, freed;
+        for (const standin::record& one : standin::records()) {
+            if (one.function == call::flush) obtained.push_back(one.phys_addr);
+            if (one.function == call::free) freed.insert(freed.begin(), one.phys_addr);
+        }
+        EXPECT_EQ(freed, obtained);
+    }
 }
 
 TEST_F(vendor_faults, a_start_makes_these_seven_calls) {

@@ -143,7 +143,8 @@ INSTANTIATE_TEST_SUITE_P(
                     far_row{{"row 288 is the start value"}, 4, 300, 2, 288, {1, 2, 2, 288, 288}},
                     far_row{{"row 299 leaves top at 288"}, 4, 300, 2, 299, {1, 2, 2, 288, 299}},
                     // 40000 is -25536 in 16 bits: below left, and not above right.
-                    far_row{{"edges are compared as signed 16 bit values"}, 40010, 1, 40000, 0, {1, -25536, 0, 0, 0}}),
+                    far_row{{"edges are compared as signed 16 bit values"}, 40010, 1, 40000, 0, {1, -25536, 0, 0, 0}},
+                    far_row{{"so are rows"}, 1, 40010, 0, 40000, {1, 0, 0, -25536, 0}}),
     row_name());
 
 // --- first step: runs -----------------------------------------------------------------------------------------------
@@ -221,6 +222,8 @@ INSTANTIATE_TEST_SUITE_P(
         pass_row{{"runs that touch at a corner"}, {0, 3}, {2, 4}, {0, 1}, {1, 2}, {}, 2},
         pass_row{{"runs two rows apart"}, {0, 0}, {2, 2}, {0, 2}, {1, 2}, {}, 2},
         pass_row{{"a U"}, {0, 4, 0}, {1, 5, 5}, {0, 0, 1}, {1, 2, 1}, {{1, 2}}, 2},
+        pass_row{
+            {"a ring closes without an equivalence"}, {0, 0, 4, 0}, {4, 0, 4, 4}, {0, 1, 1, 2}, {1, 1, 1, 1}, {}, 1},
         pass_row{{"three arms are two equivalences"},
                  {0, 2, 4, 0},
                  {0, 2, 4, 4},

@@ -64,6 +64,11 @@ INSTANTIATE_TEST_SUITE_P(
         // From 25 on the product 100376 * -65257 wraps to a positive number, v becomes negative and loses; without the
         // wrap 25 would win.
         histogram_row{{"products wrap in 32 bits"}, {{0, 100000}, {25, 376}, {255, 1000}}, 20, 35, 20},
+        // Both cuts have d = -384, rounded down after the scaling: a = -1.5 to -2, b = -3, v = 6 at 22; -3 and -2,
+        // again 6, at 23.
+        histogram_row{{"the lower class is scaled by 256 and rounded down"}, {{22, 1}, {23, 1}, {24, 1}}, 20, 35, 22},
+        // Both have d = -768: -3 and -6 at 31, -6 and -3 at 33. A b of half the scale would be -3 and -2.
+        histogram_row{{"so is the upper class"}, {{31, 1}, {33, 1}, {35, 1}}, 20, 35, 31},
         histogram_row{{"equal bounds are returned unseen"}, {{22, 32}, {30, 32}}, 35, 35, 35},
         histogram_row{{"crossed bounds give t_min"}, {{22, 32}, {30, 32}}, 40, 35, 40},
         histogram_row{{"the whole range can be searched"}, {{0, 3}, {255, 5}}, 0, 255, 0},

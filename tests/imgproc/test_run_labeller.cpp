@@ -90,6 +90,19 @@ TEST(run_labeller, joins_arms_whose_labels_are_far_apart) {
     EXPECT_EQ(text_of({found[100]}), "3: 198 to 198, 6 to 8; ");
 }
 
+// Rows are read in parts of 384 columns; a run may end with a part or go on in the next.
+TEST(run_labeller, follows_runs_to_the_end_of_rows_of_any_width) {
+    run_labeller labeller;
+    for (const int width : {63, 64, 65, 383, 384, 385, 767, 768, 769}) {
+        grey_image image(width, 1);
+        image.fill_rect(1, 0, width - 1, 1, 255);
+        const std::vector<con_info> found = label(labeller, image, false);
+        ASSERT_EQ(found.size(), 1u) << width;
+        EXPECT_EQ(found[0].area, width - 1);
+        EXPECT_EQ(found[0].right, width - 1);
+    }
+}
+
 TEST(run_labeller, equals_a_flood_fill_over_all_images_of_4_x_4) {
     run_labeller labeller;
     grey_image image(4, 4);
@@ -157,6 +170,7 @@ TEST(run_labeller, reserves_enough_labels_for_the_densest_dilated_mask) {
         }
     }
     const int reserved = run_labeller::k_most_components;
+    EXPECT_EQ(reserved, 8096);  // 353 * 290 / 14 is 7312, and 352 + 432 for the edges
     EXPECT_GT(count_labels(dilated, width, height), 88 * 72);
     EXPECT_LE(count_labels(dilated, width, height), reserved);
 }

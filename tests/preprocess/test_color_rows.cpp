@@ -144,6 +144,22 @@ TEST(flame_saturation_row, clears_and_never_sets) {
     EXPECT_EQ(pass, bytes(64, 1));
 }
 
+TEST(flame_saturation_row, judges_all_mixtures_of_flame_tint_like_the_twin) {
+    bytes reds(256), greens(256), blues(256), luma(256, 200), floors(256, 130), pass(256);
+    for (int blue = 0; blue < 256; ++blue) blues[static_cast<std::size_t>(blue)] = byte_of(blue);
+    for (int red = 151; red < 256; ++red) {
+        std::fill(reds.begin(), reds.end(), byte_of(red));
+        for (int green = 101; green <= red; ++green) {
+            std::fill(greens.begin(), greens.end(), byte_of(green));
+            flame_tint_row(reds.data(), greens.data(), blues.data(), luma.data(), floors.data(), pass.data(), 256);
+            flame_saturation_row(reds.data(), greens.data(), blues.data(), pass.data(), 256);
+            for (int blue = 0; blue < 256; ++blue)
+                ASSERT_EQ(pass[static_cast<std::size_t>(blue)], ref::check_fire_pt(red, green, blue, 200, 100, 150))
+                    << red << ", " << green << ", " << blue;
+        }
+    }
+}
+
 // At least 0, 1, 1, 2, 3 of the set pixels must pass. Every pattern stands in every place of rows of several widths.
 TEST(filter_block_row, keeps_and_clears_all_256_patterns) {
     const int need[] = {0, 1, 1, 2, 3};

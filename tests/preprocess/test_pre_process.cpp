@@ -468,4 +468,18 @@ TEST_F(pre_process_test, finds_the_threshold_of_the_plain_twin) {
     }
 }
 
+// A step of 15 everywhere, four of 30, and one of 21, by which the cut lies at 21 and not at 20.
+TEST_F(pre_process_test, counts_a_difference_that_is_alone_in_its_row) {
+    stage_and_twin both;
+    for (int x = 0; x < 32; ++x) {
+        nv21_picture before(32, 16), after(32, 16);
+        before.paint_all(200, support::k_flame_u, support::k_flame_v);
+        after.paint_all(215, support::k_flame_u, support::k_flame_v);
+        after.luma_at(x, 4) = 221;
+        for (const int column : {3, 10, 17, 24}) after.luma_at(column, 10) = 230;
+        ASSERT_EQ(both.step(before.frame()), "") << x;
+        ASSERT_EQ(both.step(after.frame()), "") << x;
+    }
+}
+
 }  // namespace
