@@ -14,4 +14,6 @@ include(CheckPIESupported)
 check_pie_supported()  # programs are linked as position-independent ones, which the flag alone does not do
 add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+# Installing takes a path into the build folder out of a file, but its trace stays in the build id.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,--as-needed)
